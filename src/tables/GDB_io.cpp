@@ -1,0 +1,154 @@
+// Reading and writing of the text table.
+#include <cstdio>
+#include <cstdlib>
+#include <iostream>
+#include <memory>
+
+#include "tables/FieldFormat.h"
+#include "tables/GDB.h"
+#include "tables/LineReader.h"
+#include "tables/tableLines.h"
+#include "tables/text.h"
+
+namespace {
+
+constexpr std::size_t kSequenceSlice = 55;  // letters and blanks per DATA SEQUENCE line
+
+/// Columns in name order, so that the cells of a row are appended to its map without searching.
+using SortedColumns = std::map<std::string, std::size_t>;
+
+SortedColumns sortColumns(const std::map<std::int32_t, std::string>& varNames) {
+  SortedColumns columns;  // of columns with equal names the last one keeps the cell
+  for (const auto& [index, name] : varNames) columns[name] = static_cast<std::size_t>(index);
+  return columns;
+}
+
+GDB::Row makeRow(const SortedColumns& columns, const std::vector<std::string_view>& tokens) {
+  GDB::Row row;
+  for (const auto& [name, index] : columns) row.emplace_hint(row.end(), name, tokens[index]);
+  return row;
+}
+
+void readDataLine(GDB& table, std::string_view line) {
+  const std::string simplified = text::simplifyWhiteSpace(line);
+  if (simplified.size() > kDataKeyword) table.dataLines.push_back(simplified.substr(kDataKeyword + 1));
+}
+
+void readVarsLine(GDB& table, std::string_view line) {
+  const std::string simplified = text::simplifyWhiteSpace(line);
+  table.varsLine = text::simplifyWhiteSpace(tailFrom(simplified, kVarsKeyword));
+  table.VARS_str_parser(table.varsLine);
+}
+
+void readFormatLine(GDB& table, std::string_view line) {
+  table.formatLine = tailFrom(line, kFormatKeyword);
+  table.FORMAT_str_parser(table.formatLine);
+}
+
+/// Residue numbering and sequence from the DATA lines.
+void readSequence(GDB& table) {
+  const std::string first = table.getData("FIRST_RESID");
+  table.firstResid = first.empty() ? 1 : text::toInt(first);
+  for (const char code : text::decodeSequence(table.getData("SEQUENCE"))) {
+    const auto key = static_cast<std::uint32_t>(table.residList.size()) +
+                     static_cast<std::uint32_t>(table.firstResid);  // wraps instead of overflowing
+    table.residList.insert_or_assign(table.residList.end(), static_cast<std::int32_t>(key),
+                                     std::string(1, code));
+  }
+}
+
+void appendDataLine(std::string& out, const std::string& entry) {
+  const std::size_t blank = entry.find(' ');
+  if (std::string_view(entry).substr(0, blank) != "SEQUENCE") {
+    out += "DATA " + entry + "\n";
+    return;
+  }
+  const std::string letters =
+      blank == std::string::npos ? "" : text::simplifyWhiteSpace(std::string_view(entry).substr(blank));
+  for (std::size_t i = 0; i < letters.size(); i += kSequenceSlice) {
+    out += "DATA SEQUENCE " + letters.substr(i, kSequenceSlice) + "\n";
+  }
+}
+
+void appendHeader(std::string& out, const GDB& table) {
+  for (const std::string& remark : table.remarks) out += "REMARK " + remark + "\n";
+  out += "\n";
+  for (const std::string& entry : table.dataLines) appendDataLine(out, entry);
+  out += "\nVARS   ";
+  for (const auto& [index, name] : table.varNames) out += name + " ";
+  out += "\nFORMAT ";
+  for (const auto& [index, format] : table.varFormats) out += format;
+  out += "\n\n";
+}
+
+void appendRows(std::string& out, const GDB& table) {
+  std::vector<std::pair<const std::string*, FieldFormat>> columns;
+  for (const auto& [index, name] : table.varNames) {
+    const auto format = table.varFormats.find(index);
+    if (format != table.varFormats.end()) columns.emplace_back(&name, FieldFormat(format->second));
+  }
+  for (const auto& [number, row] : table.entries) {
+    for (const auto& [name, format] : columns) format.append(out, GDB::cell(row, *name));
+    out += '\n';
+  }
+}
+
+bool writeFile(const std::string& path, const std::string& content) {
+  std::FILE* file = std::fopen(path.c_str(), "wb");
+  if (file == nullptr) return false;
+  const bool written = std::fwrite(content.data(), 1, content.size(), file) == content.size();
+  return std::fclose(file) == 0 && written;
+}
+
+}  // namespace
+
+void GDB::loadGDB(const std::string& file) {
+  fileName = file;
+  LineReader reader(file);
+  if (!reader.isOpen()) {
+    std::cerr << "\tCan't open file " << file << " for reading" << std::endl;
+    std::exit(0);
+  }
+  std::int32_t rowNumber = 1;  // counts every row of the file, also those a later VARS or FORMAT drops
+  bool formatSeen = false;
+  SortedColumns columns;
+  std::vector<std::string_view> tokens;
+  std::string_view line;
+  while (reader.next(line)) {
+    const std::size_t rowTokens = formatSeen && varCount >= 1 ? static_cast<std::size_t>(varCount) : 0;
+    text::split_WhiteSpace(line, tokens, rowTokens + 1);
+    if (tokens.empty()) continue;
+    if (tokens.size() == rowTokens) {
+      entries.insert_or_assign(entries.end(), rowNumber, makeRow(columns, tokens));
+      ++rowNumber;
+    }
+    // A row may start with a keyword; it then counts as both.
+    switch (lineKind(tokens[0])) {
+      case LineKind::Remark:
+        remarks.emplace_back(tailFrom(line, kRemarkKeyword + 1));
+        break;
+      case LineKind::Data:
+        readDataLine(*this, line);
+        break;
+      case LineKind::Vars:
+        readVarsLine(*this, line);
+        columns = sortColumns(varNames);
+        break;
+      case LineKind::Format:
+        readFormatLine(*this, line);
+        columns = sortColumns(varNames);
+        formatSeen = true;
+        break;
+      case LineKind::Other:
+        break;
+    }
+  }
+  readSequence(*this);
+}
+
+void GDB::saveGDB(const std::string& file) const {
+  std::string content;
+  appendHeader(content, *this);
+  appendRows(content, *this);
+  if (!writeFile(file, content)) std::cerr << "\tCan't save file " << file << std::endl;
+}
