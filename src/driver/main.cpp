@@ -1,0 +1,25 @@
+// Entry point: banner, command line, one run, processor time.
+#include <ctime>
+#include <iostream>
+#include <memory>
+
+#include "driver/ORBEL.h"
+#include "driver/command_line.h"
+
+int main(int argc, char** argv) {
+  auto driver = std::make_unique<ORBEL>();
+  ORBEL::printInfo();
+  if (argc < 2) ORBEL::printSyntax();
+  const CommandLine commandLine = parseCommandLine(argc, argv, *driver);
+
+  const std::clock_t start = std::clock();
+  driver->setArgs(commandLine.options);
+  if (commandLine.sequenceOnly) {
+    driver->runSeqSS_Prediction();
+  } else {
+    driver->orbelPredict();
+  }
+  const float seconds = static_cast<float>(std::clock() - start) / 1000000.0F;
+  std::cout << " Running time: " << seconds << " seconds" << std::endl;
+  return 0;
+}

@@ -1,0 +1,159 @@
+// The prediction run: stage order, search prior, database and its source index, the two search passes.
+#include <iostream>
+
+#include "driver/ORBEL.h"
+#include "driver/maps.h"
+
+namespace {
+
+constexpr int kPsiBoxes = 18;
+constexpr std::int32_t kDatabaseCapacity = 2330110;
+
+/// Two clusters of similar height leave the residue ambiguous: the map must not guide the search there. The
+/// cut is higher for seeds with phi > 0 near psi -40..120, where one cluster alone is rarely right.
+bool isAmbiguous(const ClusterData& clusters, double topShare) {
+  if (clusters.clusterCount < 2) return false;
+  const int seed = clusters.seed(1);
+  const int psiBox = seed % kPsiBoxes;
+  const int phiBox = seed / kPsiBoxes;
+  const double cut = psiBox >= 7 && psiBox <= 15 && phiBox >= 9 ? 0.65 : 0.6;
+  return topShare < cut;
+}
+
+/// Weight of box `i`: its value up to 0.98, a strong penalty outside the clusters and below mean + 1 sd.
+double priorWeight(const ClusterData& clusters, std::size_t i) {
+  constexpr double kHighest = 0.98;
+  constexpr double kPenalty = -9.99;
+  const double value = clusters.values[i];
+  if (clusters.boxCluster[i] == 0) return kPenalty;
+  if ((value - clusters.mean) / clusters.standardDeviation < 1.0) return kPenalty;
+  return value > kHighest ? kHighest : value;
+}
+
+}  // namespace
+
+void ORBEL::orbelPredict() {
+  init();
+  if (hidePaths) {
+    std::cout << "Analyzing Chemical Shifts ..." << std::endl;
+  } else {
+    std::cout << "Analyzing " << inputFile << " ..." << std::endl;
+  }
+  getResInfo();
+  runABP_Prediction();
+  runSS_Prediction();
+  runS2_Prediction();
+  buildSearchPrior();
+  loadDatabase();
+  std::cout << "Searching database ..." << std::endl;
+  buildSourceIndex();
+  runFirstPass();
+  if (quiet) {
+    std::cerr << std::endl;
+  } else {
+    std::cout << "Searching database using predicted angles ..." << std::endl;
+  }
+  runSecondPass();
+  writeTorsionPredictions();
+  writeChi1Predictions();
+  writePredAll();
+}
+
+/// phiPsiBoxProb, clusterInfo, topClusterFraction -> searchPrior. An ambiguous residue gets no entries, so
+/// every look-up in it gives 0.
+void ORBEL::buildSearchPrior() {
+  for (const auto& [resid, boxes] : phiPsiBoxProb) {
+    const ClusterData* clusters = findValue(clusterInfo, resid);
+    if (clusters == nullptr) continue;
+    auto& prior = searchPrior[resid];
+    const bool flat = clusters->mean == 0.0;
+    if (!flat && isAmbiguous(*clusters, valueOr(topClusterFraction, resid))) continue;
+    for (std::size_t i = 0; i < boxes.size(); ++i) {
+      prior[static_cast<int>(i)] = flat ? 0.0 : priorWeight(*clusters, i);
+    }
+  }
+  reportClipping = true;
+}
+
+void ORBEL::loadDatabase() {
+  if (!hidePaths) std::cout << "Reading " << databaseFile << ", " << std::flush;
+  fragmentDatabase = std::make_unique<DB>();
+  fragmentDatabase->setMaxDBSize(kDatabaseCapacity);
+  fragmentDatabase->loadDB(databaseFile);
+  if (!hidePaths) std::cout << fragmentDatabase->entryCount << " Residues Read" << std::endl;
+}
+
+/// Source number -> first and last entry. Number 0 is a placeholder; the search walks 1 to sourceCount - 1,
+/// the last source of the file included.
+void ORBEL::buildSourceIndex() {
+  sourceStart.clear();
+  sourceEnd.clear();
+  sourceStart[0] = 0;
+  sourceEnd[0] = -1;
+  sourceCount = 1;
+  const int entries = fragmentDatabase->entryCount;
+  int start = 0;
+  for (int k = 1; k <= entries; ++k) {
+    if (k < entries && fragmentDatabase->source(k) == fragmentDatabase->source(k - 1)) continue;
+    sourceStart[sourceCount] = start;
+    sourceEnd[sourceCount] = k - 1;
+    ++sourceCount;
+    start = k;
+  }
+}
+
+/// Chain ends are never predicted; elsewhere the residue must lie among those with shifts.
+bool ORBEL::isSearchable(int resid) const {
+  return resid >= shiftFirstResid && resid <= shiftLastResid && resid != sequenceStart &&
+         resid != sequenceStart + sequenceLength - 1;
+}
+
+namespace {
+
+void reportResidue(const ORBEL& run, int resid) {
+  if (run.quiet) return;
+  std::cout << "\nResidue (center) " << valueOr(run.sequence, resid) << " " << resid << " of "
+            << run.shiftFirstResid << " to " << run.shiftLastResid << std::endl;
+}
+
+}  // namespace
+
+void ORBEL::storeConsensus(int resid) {
+  static const ClusterData kNoClusters;
+  const ClusterData* clusters = findValue(clusterInfo, resid);
+  std::vector<double>& phi = matchPhi[resid];
+  std::vector<double>& psi = matchPsi[resid];
+  classifyMatchCluster(phi, psi, predCount[resid], matchInCluster[resid],
+                       clusters == nullptr ? kNoClusters : *clusters);
+  predPhi[resid] = getAVGAngle2(phi);
+  predPsi[resid] = getAVGAngle2(psi);
+  predPhiSD[resid] = getSTDAngle(phi);
+  predPsiSD[resid] = getSTDAngle(psi);
+}
+
+/// The whole database under the network's phi/psi maps.
+void ORBEL::runFirstPass() {
+  for (int resid = firstResidOption; resid <= lastResidOption; ++resid) {
+    if (!isSearchable(resid)) continue;
+    reportResidue(*this, resid);
+    if (!checkCSCompleteness(resid)) continue;
+    CandidateMap matches;
+    CandidateMap sameType;
+    searchDB(resid, matches, sameType);
+    firstPassMatches[resid] = std::move(matches);
+    firstPassSameType[resid] = std::move(sameType);
+    storeConsensus(resid);
+  }
+}
+
+/// The candidates of the first pass under the neighbours' predicted angles, which are read as they stand:
+/// residues before this one already carry their second-pass values.
+void ORBEL::runSecondPass() {
+  for (int resid = firstResidOption; resid <= lastResidOption; ++resid) {
+    if (!isSearchable(resid)) continue;
+    reportResidue(*this, resid);
+    if (!checkCSCompleteness(resid)) continue;
+    searchDB2(resid, firstPassMatches[resid], firstPassSameType[resid]);
+    if (valueOr(predCount, resid) < topCount) storeConsensus(resid);
+  }
+}

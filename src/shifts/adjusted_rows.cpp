@@ -1,0 +1,159 @@
+// Rows of the adjusted-shift table: observed shift, subtracted reference value, secondary shift.
+#include "shifts/adjusted_rows.h"
+
+#include <array>
+#include <cstdio>
+
+#include "driver/angles.h"
+#include "driver/maps.h"
+#include "shifts/row_index.h"
+#include "tables/text.h"
+
+namespace {
+
+/// A residue and the codes that decide its reference values; an absent neighbour has an empty code.
+struct Residue {
+  int resid = 0;
+  std::string code, previous, next;
+};
+
+Residue describe(const ORBEL& run, int resid) {
+  Residue residue;
+  residue.resid = resid;
+  residue.code = valueOr(run.sequence, resid);
+  if (resid > run.sequenceStart) residue.previous = valueOr(run.sequence, resid - 1);
+  if (resid < run.sequence.rbegin()->first) residue.next = valueOr(run.sequence, resid + 1);
+  return residue;
+}
+
+/// Random-coil shift with own-residue and neighbour adjustments and, when asked for, the deuterium term, ppm.
+double referenceShift(const ORBEL& run, const Residue& residue, const std::string& atom) {
+  double adjustment = run.getRC(residue.code, atom) + run.getRCadj(residue.code, atom) +
+                      run.getPrevRCadj(residue.previous, atom) + run.getNextRCadj(residue.next, atom);
+  if (run.isotopeOn && (atom == "CA" || atom == "CB")) {
+    if (const auto* shifts = findValue(run.isotopeShift, residue.code)) adjustment += valueOr(*shifts, atom);
+  }
+  return adjustment;
+}
+
+/// One atom of one residue on its way into the table.
+struct AtomRow {
+  GDB::Row row;
+  double secondary = kMissingValue;
+  int missing = 0;
+};
+
+/// Row of an atom that the input lists.
+AtomRow observedRow(const ORBEL& run, const GDB::Row& input, const std::string& atom, double adjustment) {
+  AtomRow result;
+  result.row = input;
+  const double observed = text::toDouble(GDB::cell(input, "SHIFT"));
+  if (adjustment < kMissingLimit) {
+    result.secondary = observed - adjustment;
+    result.row["SHIFT"] = ORBEL::cellText(result.secondary);
+  } else {
+    result.row["SHIFT"] = "9999";
+  }
+  result.row["CS_OBS"] = ORBEL::cellText(observed);
+  result.row["CS_ADJ"] = ORBEL::cellText(adjustment);
+  if (run.noProton && (atom == "HA" || atom == "HN")) ++result.missing;
+  return result;
+}
+
+/// Row of an atom without a shift. Glycine's HA is settled by its HA2 and HA3 rows.
+AtomRow absentRow(const Residue& residue, const std::string& atom) {
+  AtomRow result;
+  result.row = {{"RESID", ORBEL::cellText(residue.resid)},
+                {"RESNAME", residue.code},
+                {"ATOMNAME", atom},
+                {"SHIFT", "9999"}};
+  if (!(residue.code == "G" && atom == "HA")) ++result.missing;
+  return result;
+}
+
+double shiftOf(const GDB::Row* row) {
+  return row == nullptr ? kMissingLimit : text::toDouble(GDB::cell(*row, "SHIFT"));
+}
+
+/// Glycine HA: HA2, HA3 or their mean; a row named HA is not used.
+void setGlycineHA(const ORBEL& run, const RowIndex& input, const Residue& residue, double adjustment,
+                  AtomRow& result) {
+  const GDB::Row* ha2 = input.find(residue.resid, "HA2");
+  const GDB::Row* ha3 = input.find(residue.resid, "HA3");
+  const double h2 = shiftOf(ha2);
+  const double h3 = shiftOf(ha3);
+  double value = h2;
+  if (h2 >= kMissingLimit) {
+    value = h3;
+    if (ha3 == nullptr || h3 >= kMissingLimit) {
+      value = kMissingValue;
+      ++result.missing;
+    }
+  } else if (ha3 != nullptr && h3 < kMissingLimit) {
+    value = (h2 + h3) * 0.5;
+  }
+  if (run.noProton && value < kMissingLimit) ++result.missing;
+  if (ha2 != nullptr) {
+    result.row = *ha2;
+  } else if (ha3 != nullptr) {
+    result.row = *ha3;
+  }
+  result.row["ATOMNAME"] = "HA";
+  result.row["SHIFT"] = ORBEL::cellText(value);
+  result.row["CS_OBS"] = ORBEL::cellText(value);
+  result.row["CS_ADJ"] = ORBEL::cellText(adjustment);
+  result.secondary = kMissingValue;
+  if (adjustment < kMissingLimit) {
+    result.secondary = value - adjustment;
+    result.row["SHIFT"] = ORBEL::cellText(result.secondary);
+  }
+}
+
+AtomRow makeRow(const ORBEL& run, const RowIndex& input, const Residue& residue, const std::string& atom,
+                double adjustment) {
+  const GDB::Row* found = input.find(residue.resid, atom);
+  if (found == nullptr && atom == "HN") found = input.find(residue.resid, "H");
+  AtomRow result = found == nullptr ? absentRow(residue, atom) : observedRow(run, *found, atom, adjustment);
+  if (residue.code == "G" && atom == "HA") setGlycineHA(run, input, residue, adjustment, result);
+  return result;
+}
+
+void copyHeader(const GDB& from, GDB& to) {
+  to = from;
+  to.entries.clear();
+  to.addVAR("CS_OBS", " %9.3f");
+  to.addVAR("CS_ADJ", " %9.3f");
+}
+
+}  // namespace
+
+void fillAdjustedShifts(ORBEL& run) {
+  copyHeader(run.inputTable, run.adjustedShiftTable);
+  const RowIndex input(run.inputTable);
+  run.secondaryShift.clear();
+  std::int32_t number = 0;
+  for (int resid = run.firstResidOption; resid <= run.lastResidOption; ++resid) {
+    const Residue residue = describe(run, resid);
+    run.residueCode[resid] = residue.code.empty() ? '\0' : residue.code[0];
+    auto& secondary = run.secondaryShift.emplace_back();
+    int missing = 0;
+    for (const auto& [position, atom] : run.atomNames) {
+      const double adjustment = referenceShift(run, residue, atom);
+      AtomRow row = makeRow(run, input, residue, atom, adjustment);
+      missing += row.missing;
+      secondary[static_cast<std::size_t>(position - 1)] = row.secondary;
+      run.adjustedShiftTable.entries[++number] = std::move(row.row);
+      run.shiftAdjustment[resid][atom] = adjustment;
+    }
+    run.missingCount[resid] = missing;
+  }
+}
+
+std::string formatOffset(const char* format, double offset) {
+  std::array<char, 512> buffer{};
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-nonliteral"
+  std::snprintf(buffer.data(), buffer.size(), format, offset);
+#pragma GCC diagnostic pop
+  return buffer.data();
+}

@@ -1,0 +1,124 @@
+// Triplet averaging: estimates of a residue's secondary shifts from the closest triplets of a library.
+#include <algorithm>
+#include <array>
+
+#include "driver/ORBEL.h"
+#include "driver/angles.h"
+#include "driver/maps.h"
+#include "shifts/triplet_distance.h"
+#include "tables/text.h"
+
+/// Reads orbel_obsCS.tab; rows of an excluded source keep their centre shifts but match nothing.
+void ORBEL::loadTripletLibrary() {
+  auto library = std::make_shared<TripletLibrary>(
+      readTripletLibrary(tabDir + pathSeparator + "orbel_obsCS.tab", atomNames));
+  excludeSources(*library, exclusionList);
+  tripletLibrary = std::move(library);
+}
+
+namespace {
+
+/// SHIFT of the first adjusted row of residue and atom, 0 without one. The rows of the range stand in order,
+/// six per residue, so the place is known; the name may differ (an amide proton named H).
+double adjustedShift(const ORBEL& run, int resid, int position, const std::string& atom) {
+  const std::string residText = ORBEL::cellText(resid);
+  const auto direct = run.adjustedShiftTable.entries.find((resid - run.firstResidOption) * 6 + position);
+  const bool found = direct != run.adjustedShiftTable.entries.end() &&
+                     GDB::cell(direct->second, "RESID") == residText &&
+                     GDB::cell(direct->second, "ATOMNAME") == atom;
+  const GDB::Row* row =
+      found ? &direct->second : run.adjustedShiftTable.findRow("RESID", residText, "ATOMNAME", atom);
+  return row == nullptr ? 0.0 : text::toDouble(GDB::cell(*row, "SHIFT"));
+}
+
+}  // namespace
+
+/// The record of residues resid - 1, resid, resid + 1; a residue or atom without a row reads 0.
+Triplet ORBEL::getTriplet(int resid) const {
+  Triplet triplet;
+  for (int p = 1; p <= 3; ++p) {
+    const int q = resid - 2 + p;
+    triplet[tripletKey("RESID", p)] = cellText(q);
+    triplet[tripletKey("RESNAME", p)] = valueOr(sequence, q);
+    for (const auto& [position, atom] : atomNames) {
+      double shift = adjustedShift(*this, q, position, atom);
+      if (clipOn) shift = clipSShift(q, shift, atom);
+      if (noProton && (atom == "HA" || atom == "HN")) shift = kMissingValue;
+      triplet[tripletKey(atom, p)] = cellText(shift);
+    }
+  }
+  return triplet;
+}
+
+/// At most one of the three residues may lack more than 3 shifts (4 without protons), and all three must lie
+/// among the residues with shifts.
+bool ORBEL::testTriplet(Triplet triplet) const {
+  const int limit = noProton ? 4 : 3;
+  int poor = 0;
+  for (int p = 1; p <= 3; ++p) {
+    if (valueOr(missingCount, text::toInt(triplet[tripletKey("RESID", p)])) > limit) ++poor;
+  }
+  return poor <= 1 && text::toInt(triplet["RESID_R1"]) >= shiftFirstResid &&
+         text::toInt(triplet["RESID_R3"]) <= shiftLastResid;
+}
+
+namespace {
+
+TripletQuery makeQuery(const ORBEL& run, const Triplet& triplet) {
+  TripletQuery query;
+  for (int p = 1; p <= 3; ++p) {
+    const auto i = static_cast<std::size_t>(p - 1);
+    for (const auto& [position, atom] : run.atomNames) {
+      query.shifts[i * 6 + static_cast<std::size_t>(position - 1)] =
+          static_cast<float>(text::toDouble(valueOr(triplet, tripletKey(atom, p))));
+    }
+    const auto* row = findValue(run.homologyByName, valueOr(triplet, tripletKey("RESNAME", p)));
+    for (const std::string& name : run.tripletLibrary->names) {
+      query.homology[i].push_back(row == nullptr ? 0.0 : valueOr(*row, name));
+    }
+  }
+  return query;
+}
+
+/// Library rows closer than the limit, ascending distance; of equal distances the later row stays.
+std::map<float, int> nearestRows(const std::vector<float>& distances) {
+  constexpr float kLargestDistance = 200.0F;
+  std::map<float, int> candidates;
+  for (std::size_t row = 0; row < distances.size(); ++row) {
+    if (distances[row] < kLargestDistance) candidates[distances[row]] = static_cast<int>(row);
+  }
+  return candidates;
+}
+
+}  // namespace
+
+/// `averaged` gets the mean centre shift per atom of the closest library triplets (0 when none has the atom).
+/// False, and `averaged` unchanged, for residues at the edge of the range or in sparse surroundings.
+bool ORBEL::calcAverageCS_orig(int resid, std::map<std::string, double>& averaged) const {
+  if (!(firstResidOption < resid && resid < lastResidOption)) return false;
+  const Triplet triplet = getTriplet(resid);
+  if (!testTriplet(triplet)) return false;
+
+  const TripletQuery query = makeQuery(*this, triplet);
+  const std::vector<float> distances =
+      tripletDistances(*tripletLibrary, query, ringWeights, atomWeights, ringScale);
+  const std::map<float, int> candidates = nearestRows(distances);
+
+  std::array<double, 6> sums{};
+  std::array<int, 6> counts{};
+  int taken = 0;
+  for (const auto& [distance, row] : candidates) {
+    if (taken++ == topCount) break;
+    for (std::size_t atom = 0; atom < 6; ++atom) {
+      const double shift = tripletLibrary->centre[atom][static_cast<std::size_t>(row)];
+      if (!(shift < kMissingLimit)) continue;
+      sums[atom] += shift;
+      ++counts[atom];
+    }
+  }
+  for (const auto& [position, atom] : atomNames) {
+    const auto i = static_cast<std::size_t>(position - 1);
+    averaged[atom] = counts[i] == 0 ? 0.0 : sums[i] / counts[i];
+  }
+  return true;
+}

@@ -1,0 +1,108 @@
+// Search prior, source index and reference-table look-ups.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "driver/ORBEL.h"
+#include "driver/maps.h"
+#include "support/tables.h"
+
+namespace {
+
+/// One or two clusters: boxes 0..4 with seed `seed`, and 10..14; values as given.
+ClusterData clusters(int count, int seed) {
+  ClusterData data;
+  data.clusterCount = count;
+  data.mean = 0.1;
+  data.standardDeviation = 0.2;
+  data.clusterMembers[1] = {0, seed};
+  data.boxCluster[1] = 1;
+  data.boxCluster[2] = 1;
+  data.values[1] = 0.99;
+  data.values[2] = 0.2;  // z = 0.5
+  data.values[3] = 0.9;  // in no cluster
+  return data;
+}
+
+TEST(SearchPrior, WeightsPenaltiesAndAmbiguity) {
+  ORBEL run;
+  const auto add = [&run](int resid, const ClusterData& data, double share) {
+    run.clusterInfo[resid] = data;
+    run.phiPsiBoxProb[resid] = std::vector<double>(324, 0.0);
+    run.topClusterFraction[resid] = share;
+  };
+  const int leftHanded = 9 * 18 + 7;  // phi box 9, psi box 7: the stricter cut
+  add(1, clusters(1, 1), 0.1);
+  add(2, clusters(2, 1), 0.61);
+  add(3, clusters(2, 1), 0.59);
+  add(4, clusters(2, leftHanded), 0.64);
+  add(5, clusters(2, leftHanded - 1), 0.64);
+  add(6, clusters(2, 1), std::nan(""));
+  ClusterData flat = clusters(0, 1);
+  flat.mean = 0.0;
+  add(7, flat, 0.0);
+  run.buildSearchPrior();
+  EXPECT_TRUE(run.reportClipping);
+  for (const int resid : {1, 2, 5, 6}) {
+    const auto& prior = run.searchPrior.at(resid);
+    ASSERT_EQ(prior.size(), 324U) << resid;
+    EXPECT_DOUBLE_EQ(prior.at(1), 0.98);
+    EXPECT_DOUBLE_EQ(prior.at(2), -9.99);
+    EXPECT_DOUBLE_EQ(prior.at(3), -9.99);
+  }
+  EXPECT_TRUE(run.searchPrior.at(3).empty());
+  EXPECT_TRUE(run.searchPrior.at(4).empty());
+  EXPECT_DOUBLE_EQ(run.searchPrior.at(7).at(3), 0.0);
+}
+
+TEST(SourceIndex, EntersEverySourceAlsoTheLast) {
+  const auto path = std::filesystem::temp_directory_path() / ("orbeln-index-" + std::to_string(getpid()));
+  struct Case {
+    std::string sources;
+    std::vector<std::pair<int, int>> ranges;
+  };
+  for (const Case& c : {Case{"aabbb", {{0, 1}, {2, 4}}}, Case{"a", {{0, 0}}}, Case{"", {}},
+                        Case{"aba", {{0, 0}, {1, 1}, {2, 2}}}}) {
+    std::ofstream file(path);
+    for (const char source : c.sources) file << source << " A 1 -60 -40 9999 132 0 0 0 0 0 0 0 0 0 0 0 0\n";
+    file.close();
+    ORBEL run;
+    run.databaseFile = path.string();
+    run.loadDatabase();
+    run.buildSourceIndex();
+    ASSERT_EQ(run.sourceCount, static_cast<int>(c.ranges.size()) + 1) << c.sources;
+    EXPECT_EQ(run.sourceEnd.at(0), -1);
+    for (int i = 1; i < run.sourceCount; ++i) {
+      EXPECT_EQ(run.sourceStart.at(i), c.ranges[static_cast<std::size_t>(i - 1)].first);
+      EXPECT_EQ(run.sourceEnd.at(i), c.ranges[static_cast<std::size_t>(i - 1)].second);
+    }
+  }
+  std::filesystem::remove(path);
+}
+
+TEST(Pipeline, ChainEndsAreNeverSearched) {
+  ORBEL run;
+  run.sequenceStart = -2;
+  run.sequenceLength = 6;  // -2 .. 3
+  run.shiftFirstResid = -1;
+  run.shiftLastResid = 3;
+  for (const auto& [resid, expected] :
+       std::map<int, bool>{{-2, false}, {-1, true}, {2, true}, {3, false}, {4, false}}) {
+    EXPECT_EQ(run.isSearchable(resid), expected) << resid;
+  }
+}
+
+TEST(ReferenceTables, LookUpsAndDefaults) {
+  ORBEL run;
+  run.randomCoilTable = support::makeTable("RESNAME CA", "%s %f", {"A 52.5", "A 1"});
+  run.rcAdjTable = support::makeTable("RESNAME CA", "%s %f", {"A 0.5"});
+  EXPECT_DOUBLE_EQ(run.getRC("A", "CA"), 52.5);
+  EXPECT_DOUBLE_EQ(run.getRC("A", "CB"), 0.0);
+  EXPECT_DOUBLE_EQ(run.getRC("Z", "CA"), 9999.0);
+  EXPECT_DOUBLE_EQ(run.getRCadj("Z", "CA"), 0.0);
+  EXPECT_DOUBLE_EQ(run.getPrevRCadj("", "CA"), 0.0);
+  EXPECT_DOUBLE_EQ(run.getWeight("R1", "W"), 9999.0);
+}
+
+}  // namespace
