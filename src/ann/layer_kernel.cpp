@@ -1,0 +1,153 @@
+// One fully connected network layer: weights laid out so that all units advance in lockstep.
+#include "ann/layer_kernel.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+constexpr std::size_t kVectors = 8;  // input vectors per pass over the weights
+constexpr std::size_t kTile = LayerWeights::kTile;
+constexpr double kInt32Limit = 2147483648.0;
+
+/// Running sums of one tile of units for one block of input vectors.
+struct TileSums {
+  double remainder[kVectors][kTile];
+  double total[kVectors][kTile];  // whole numbers
+};
+
+/// The whole part of `sum`, through the 32-bit integers: the caller knows that |sum| < 2^31.
+struct SmallTruncation {
+  static double whole(double sum) { return static_cast<double>(static_cast<std::int32_t>(sum)); }
+};
+
+/// The whole part of any number.
+struct AnyTruncation {
+  static double whole(double sum) { return std::trunc(sum); }
+};
+
+/// One input's contribution to `n` neighbouring units.
+template <class Truncation>
+inline void accumulate(const float* __restrict w, double x, double* __restrict remainder,
+                       double* __restrict total, std::size_t n) {
+  for (std::size_t j = 0; j < n; ++j) {
+    const double sum = x * static_cast<double>(w[j]) + remainder[j];
+    const double whole = Truncation::whole(sum);
+    total[j] += whole;
+    remainder[j] = sum - whole;
+  }
+}
+
+/// Sums of the units `begin`..`begin + n - 1`, all inputs in ascending order.
+///
+/// Units whose weight is exactly zero may be passed over when the inputs are finite: the product is a zero of
+/// either sign, the remainder is never -0 (it starts at +0, and x + y as well as x - y give +0 whenever equal
+/// magnitudes cancel), so adding the zero changes no bit, and a remainder below one has no whole part.
+template <class Truncation, bool skipZeros>
+void accumulateTile(const LayerWeights& weights, std::size_t begin, std::size_t n,
+                    std::span<const std::vector<double>> inputs, TileSums& sums) {
+  const std::size_t rows = static_cast<std::size_t>(weights.rows);
+  const std::size_t cols = static_cast<std::size_t>(weights.cols);
+  const std::size_t* firstRun = skipZeros ? weights.firstRun.data() + begin / kTile * cols : nullptr;
+  const auto addRun = [&](std::size_t i, std::size_t lo, std::size_t hi) {
+    const float* w = weights.w.data() + i * rows + begin + lo;
+    for (std::size_t p = 0; p < inputs.size(); ++p) {
+      accumulate<Truncation>(w, inputs[p][i], sums.remainder[p] + lo, sums.total[p] + lo, hi - lo);
+    }
+  };
+  for (std::size_t i = 0; i < cols; ++i) {
+    if constexpr (skipZeros) {
+      for (std::size_t r = firstRun[i]; r < firstRun[i + 1]; ++r) {
+        addRun(i, static_cast<std::size_t>(weights.runs[r].begin),
+               static_cast<std::size_t>(weights.runs[r].end));
+      }
+    } else {
+      addRun(i, 0, n);
+    }
+  }
+}
+
+/// Largest magnitude of all inputs, infinity when one is not finite.
+double largestMagnitude(std::span<const std::vector<double>> inputs) {
+  double largest = 0.0;
+  for (const auto& input : inputs) {
+    for (const double x : input) {
+      if (!std::isfinite(x)) return std::numeric_limits<double>::infinity();
+      largest = std::max(largest, std::fabs(x));
+    }
+  }
+  return largest;
+}
+
+void appendActivated(double sum, int activation, std::vector<double>& output) {
+  if (activation == kTanh) output.push_back(2.0 / (1.0 + std::exp(-2.0 * sum)) - 1.0);
+  if (activation == kLinear) output.push_back(sum);
+}
+
+void evaluateBlock(const LayerWeights& weights, const std::vector<double>& bias,
+                   std::span<const std::vector<double>> inputs, std::span<std::vector<double>> outputs,
+                   int activation) {
+  // A partial sum is at most one product plus a remainder below one. NaN fails the comparison as well.
+  const bool small = largestMagnitude(inputs) * weights.maxAbs + 1.0 < kInt32Limit;
+  const std::size_t rows = static_cast<std::size_t>(weights.rows);
+  TileSums sums;
+  for (std::size_t begin = 0; begin < rows; begin += kTile) {
+    const std::size_t n = std::min(kTile, rows - begin);
+    for (std::size_t p = 0; p < inputs.size(); ++p) {
+      std::fill_n(sums.remainder[p], n, 0.0);
+      std::fill_n(sums.total[p], n, 0.0);
+    }
+    if (small) {
+      accumulateTile<SmallTruncation, true>(weights, begin, n, inputs, sums);
+    } else {
+      accumulateTile<AnyTruncation, false>(weights, begin, n, inputs, sums);
+    }
+    for (std::size_t p = 0; p < inputs.size(); ++p) {
+      for (std::size_t j = 0; j < n; ++j) {
+        appendActivated((sums.remainder[p][j] + bias[begin + j]) + sums.total[p][j], activation, outputs[p]);
+      }
+    }
+  }
+}
+
+}  // namespace
+
+void LayerWeights::seal() {
+  maxAbs = 0.0;
+  for (const float value : w) {
+    if (!std::isfinite(value)) maxAbs = std::numeric_limits<double>::infinity();
+    maxAbs = std::max(maxAbs, std::fabs(static_cast<double>(value)));
+  }
+  runs.clear();
+  firstRun.clear();
+  for (int unit = 0; unit < rows; unit += kTile) {
+    for (int i = 0; i < cols; ++i) {
+      firstRun.push_back(runs.size());
+      appendRuns(unit, i);
+    }
+  }
+  firstRun.push_back(runs.size());
+}
+
+/// Runs of one tile for one input; a few zeros inside a run cost less than another run.
+void LayerWeights::appendRuns(int firstUnit, int input) {
+  constexpr int kGap = 8;
+  const float* values = w.data() + index(firstUnit, input);
+  const int n = std::min(kTile, rows - firstUnit);
+  int end = -kGap;  // of the run being extended
+  for (int j = 0; j < n; ++j) {
+    if (values[j] == 0.0F) continue;
+    if (j - end >= kGap) runs.push_back({static_cast<std::int16_t>(j), 0});
+    end = j + 1;
+    runs.back().end = static_cast<std::int16_t>(end);
+  }
+}
+
+void evaluateLayer(const LayerWeights& weights, const std::vector<double>& bias,
+                   std::span<const std::vector<double>> inputs, std::span<std::vector<double>> outputs,
+                   int activation) {
+  for (std::size_t begin = 0; begin < inputs.size(); begin += kVectors) {
+    const std::size_t n = std::min(kVectors, inputs.size() - begin);
+    evaluateBlock(weights, bias, inputs.subspan(begin, n), outputs.subspan(begin, n), activation);
+  }
+}

@@ -1,0 +1,39 @@
+// Building blocks of the output tables: text is collected with printf formats and written in one go.
+#include "ann/output_text.h"
+
+#include <array>
+#include <cstdarg>
+
+namespace output_text {
+
+void append(std::string& text, const char* format, ...) {
+  std::array<char, 512> buffer;
+  std::va_list arguments;
+  va_start(arguments, format);
+  std::va_list again;
+  va_copy(again, arguments);
+  const int length = std::vsnprintf(buffer.data(), buffer.size(), format, arguments);
+  va_end(arguments);
+  if (length > 0) {
+    const auto n = static_cast<std::size_t>(length);
+    if (n < buffer.size()) {
+      text.append(buffer.data(), n);
+    } else {
+      const std::size_t start = text.size();
+      text.resize(start + n + 1);
+      std::vsnprintf(text.data() + start, n + 1, format, again);
+      text.resize(start + n);
+    }
+  }
+  va_end(again);
+}
+
+File open(const std::string& path) {
+  return File(std::fopen(path.c_str(), "w"));
+}
+
+void write(const File& file, const std::string& text) {
+  std::fwrite(text.data(), 1, text.size(), file.get());
+}
+
+}  // namespace output_text

@@ -1,0 +1,35 @@
+// Order parameter S2 from the random coil index.
+#include <iostream>
+
+#include "ann/output_text.h"
+#include "driver/ORBEL.h"
+#include "driver/angles.h"
+#include "driver/maps.h"
+#include "rci/RCI.h"
+
+void ORBEL::runS2_Prediction() {
+  std::cout << "RCI prediction ..." << std::endl;
+  RCI rci;
+  rci.runRCI(annResidueInputs, shiftAdjustment, sequence);
+  rciValue = rci.s2List;
+
+  const std::string path = predPrefix + "S2.tab";
+  const output_text::File file = output_text::open(path);
+  if (file == nullptr) {
+    std::cerr << "\tCan't open file " << path << " !!!" << std::endl;
+    return;
+  }
+  std::string text =
+      "REMARK  Predicted order parameter (S2) from backbone chemical shifts for " + inputTitle + "\n";
+  text += "REMARK  Random coil index: Berjanskii & Wishart, J. Am. Chem. Soc. 127, 14970-14971 (2005)\n\n";
+  text += "VARS RESID RESNAME CS_CNT CS_CNT_R2 S2 \nFORMAT %4d %1s %2d %2d %8.3f \n\n";
+  for (const auto& [resid, value] : rciValue) {
+    // Residues without a count are entered with none missing.
+    const int centre = missingCount[resid];
+    const int window = missingCount[resid - 1] + centre + missingCount[resid + 1];
+    output_text::append(text, " %4d %1s %2d %2d %8.3f\n", resid,
+                        output_text::singleCode(valueOr(sequenceCopy, resid)).c_str(), 6 - centre,
+                        18 - window, value > kMissingLimit ? kMissingValue : 1.003 - value);
+  }
+  output_text::write(file, text);
+}

@@ -1,0 +1,53 @@
+// Distance between the secondary shifts of a query stretch and of a database fragment.
+#include "search/fragment_distance.h"
+
+#include <cstdlib>
+
+#include "driver/angles.h"
+
+namespace {
+
+constexpr std::array<double, kMaxHalfWidth + 1> kDistanceWeights = {1.0, 0.64, 0.36, 0.25};
+constexpr double kMissingCost = 1.5;
+
+}  // namespace
+
+FragmentDistance::FragmentDistance(const ORBEL& run, int resid) {
+  for (auto& residue : query_) residue.fill(kMissingValue);
+  for (int k = -kMaxHalfWidth; k <= kMaxHalfWidth; ++k) {
+    const int neighbour = resid + k;
+    if (neighbour < run.firstResidOption || neighbour > run.lastResidOption) continue;
+    const auto row = static_cast<std::size_t>(neighbour - run.firstResidOption);
+    if (row < run.secondaryShift.size()) {
+      query_[static_cast<std::size_t>(k + kMaxHalfWidth)] = run.secondaryShift[row];
+    }
+  }
+}
+
+double FragmentDistance::addResidue(double sum, const DB& db, int centre, int k, double weight) const {
+  const auto& query = query_[static_cast<std::size_t>(k + kMaxHalfWidth)];
+  const float* entry = db.shifts(centre + k);
+  for (std::size_t atom = 0; atom < query.size(); ++atom) {
+    const double value = static_cast<double>(entry[2 * atom]);
+    const double scale = static_cast<double>(entry[2 * atom + 1]);
+    // Written so that a shift that is not a number counts as missing.
+    const bool present = query[atom] < kMissingLimit && scale != 0.0;
+    const double d = present ? (value - query[atom]) / scale : kMissingCost;
+    sum += weight * d * d;
+  }
+  return sum;
+}
+
+double FragmentDistance::weighted(const DB& db, int centre, int halfWidth) const {
+  double sum = 0.0;
+  for (int k = -halfWidth; k <= halfWidth; ++k) {
+    sum = addResidue(sum, db, centre, k, kDistanceWeights[static_cast<std::size_t>(std::abs(k))]);
+  }
+  return sum;
+}
+
+double FragmentDistance::unweightedTriplet(const DB& db, int centre) const {
+  double sum = 0.0;
+  for (int k = -1; k <= 1; ++k) sum = addResidue(sum, db, centre, k, 1.0);
+  return sum;
+}

@@ -1,0 +1,51 @@
+// Pre-screen of the first pass: how well a database fragment's phi/psi boxes fit the query's predicted maps.
+#pragma once
+
+#include <array>
+#include <cstddef>
+
+#include "driver/ORBEL.h"
+#include "search/residue_types.h"
+
+/// Collects the 1000 best-scoring fragment centres for one query residue, and the 1000 best of the same
+/// residue type, source by source.
+///
+/// The score of a fragment is accumulated in single precision over its residues: the position weight times
+/// the search prior of the query residue for the database residue's box, and a tenth of a negative BLOSUM62
+/// similarity of the two residue types.
+class Prescreen {
+ public:
+  Prescreen(const ORBEL& run, int resid);
+
+  /// Scores every fragment that lies within the entries `first`..`last` of one source, then trims the lists.
+  void scanSource(const DB& db, int first, int last);
+
+  CandidateMap matches;   ///< score -> centre entry
+  CandidateMap sameType;  ///< the same for centres of the query's type; empty for A, G and P
+
+ private:
+  static constexpr std::size_t kPositions = 2 * kMaxHalfWidth + 1;
+  static constexpr std::size_t kClasses = 325;  ///< 324 boxes and one slot for every key beyond them
+  static constexpr std::size_t kCodes = 256;
+
+  int halfWidth_;
+  char centreCode_;  ///< folded
+  bool prolineFollows_;
+  bool wantSameType_;
+  double matchThreshold_ = -999.0;
+  double sameTypeThreshold_ = -999.0;
+  std::array<std::array<double, kClasses>, kPositions> prior_{};  ///< [k + h][class]: weight * prior
+  std::array<std::array<double, kCodes>, kPositions> penalty_{};  ///< [k + h][code]: negative similarity / 10
+  std::array<bool, kCodes> centreAllowed_{};
+  std::array<int, kPositions> order_{};               ///< offsets from the centre outwards: 0 -1 1 -2 2 ..
+  std::array<double, kPositions + 1> restHighest_{};  ///< most that order_[i..] can add
+  double margin_ = 0.0;                               ///< covers the rounding of the single-precision sum
+
+  void fillPosition(const ORBEL& run, int resid, int k);
+  void fillCentre(const ORBEL& run);
+  void fillBounds();
+  double term(const DB& db, int centre, int k) const;
+  bool passesCentreTests(const DB& db, int centre) const;
+  bool cannotExceed(const DB& db, int centre, double threshold) const;
+  float score(const DB& db, int centre) const;
+};

@@ -1,0 +1,30 @@
+// Residue codes as the search reads them, and the reach of a fragment.
+#pragma once
+
+#include <algorithm>
+#include <string>
+
+/// Oxidised cysteine and the alternative histidine code count as the common type.
+constexpr char foldedCode(char code) {
+  if (code == 'c') return 'C';
+  if (code == 'h') return 'H';
+  return code;
+}
+
+/// Folded code of a sequence entry: texts of other lengths stay as they are.
+inline std::string foldedCode(const std::string& code) {
+  return code.size() == 1 ? std::string(1, foldedCode(code[0])) : code;
+}
+
+/// Alanine and glycine have no chi1, that of proline is bound by its ring.
+constexpr bool hasChi1Rotamers(char code) {
+  return code != 'A' && code != 'G' && code != 'P';
+}
+
+/// Longest reach of a fragment on either side of its centre.
+inline constexpr int kMaxHalfWidth = 3;
+
+/// Residues of a fragment on either side of its centre.
+constexpr int fragmentHalfWidth(int alignLength) {
+  return std::clamp((alignLength - 1) / 2, 1, kMaxHalfWidth);
+}

@@ -1,0 +1,67 @@
+// First search pass: pre-screen of the whole database under the predicted phi/psi maps, then ranking of the
+// best candidates by their secondary shifts.
+#include <map>
+
+#include "driver/ORBEL.h"
+#include "driver/maps.h"
+#include "search/candidates.h"
+#include "search/fragment_distance.h"
+#include "search/match_lists.h"
+#include "search/prescreen.h"
+
+namespace {
+
+constexpr std::size_t kSameTypeKept = 20;
+constexpr double kAtomsPerResidue = 6.0;
+
+/// Ranking list of the pre-screened fragments with a positive score: distance per atom divided by the score
+/// -> centre entry. Walks from the highest score down, so that of equal keys the lower score stays.
+template <class Distance>
+CandidateMap rankByDistance(const CandidateMap& screened, double atoms, const Distance& distance) {
+  CandidateMap ranking;
+  for (auto it = screened.rbegin(); it != screened.rend(); ++it) {
+    const double score = it->first;
+    if (score > 0.0) ranking[distance(it->second) / atoms / score] = it->second;
+  }
+  return ranking;
+}
+
+/// Centre entry -> key of a candidate list.
+std::map<int, double> keysByEntry(const CandidateMap& candidates) {
+  std::map<int, double> keys;
+  for (const auto& [key, entry] : candidates) keys[entry] = key;
+  return keys;
+}
+
+}  // namespace
+
+/// `matches` receives the whole ranked list, keyed by distance, or by score when too few fragments fit the
+/// predicted map; `sameType` the pre-screened fragments of the query's type, keyed by score.
+void ORBEL::searchDB(int resid, CandidateMap& matches, CandidateMap& sameType) {
+  if (fragmentDatabase == nullptr) return;
+  const DB& db = *fragmentDatabase;
+
+  Prescreen screen(*this, resid);
+  for (int p = 1; p < sourceCount; ++p) {
+    screen.scanSource(db, valueOr(sourceStart, p), valueOr(sourceEnd, p, -1));
+  }
+
+  const FragmentDistance query(*this, resid);
+  const int halfWidth = fragmentHalfWidth(alignLength);
+  const bool byDistance = keyFromTop(screen.matches, kMatchesKept) > 0.0;
+  if (byDistance) {
+    matches = rankByDistance(screen.matches, kAtomsPerResidue * alignLength,
+                             [&](int entry) { return query.weighted(db, entry, halfWidth); });
+  } else {
+    matches = screen.matches;
+  }
+  const CandidateMap cut = byDistance ? cutToSmallest(matches, kMatchesKept, kMatchesCut)
+                                      : cutToHighest(matches, kMatchesKept, kMatchesCut);
+  fillMatchLists(*this, resid, cut, keysByEntry(screen.matches), "");
+
+  if (!hasChi1Rotamers(foldedCode(valueOr(residueCode, resid)))) return;
+  const CandidateMap ranking = rankByDistance(screen.sameType, kAtomsPerResidue * 3,
+                                              [&](int entry) { return query.unweightedTriplet(db, entry); });
+  sameTypeIndex[resid] = fillSameTypeLists(*this, resid, ranking, kSameTypeKept);
+  sameType = std::move(screen.sameType);
+}
