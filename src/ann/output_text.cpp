@@ -7,25 +7,23 @@
 namespace output_text {
 
 void append(std::string& text, const char* format, ...) {
-  std::array<char, 512> buffer;
-  std::va_list arguments;
+  va_list arguments;
   va_start(arguments, format);
-  std::va_list again;
-  va_copy(again, arguments);
+  std::array<char, 512> buffer;
   const int length = std::vsnprintf(buffer.data(), buffer.size(), format, arguments);
   va_end(arguments);
-  if (length > 0) {
-    const auto n = static_cast<std::size_t>(length);
-    if (n < buffer.size()) {
-      text.append(buffer.data(), n);
-    } else {
-      const std::size_t start = text.size();
-      text.resize(start + n + 1);
-      std::vsnprintf(text.data() + start, n + 1, format, again);
-      text.resize(start + n);
-    }
+  if (length <= 0) return;
+  const auto n = static_cast<std::size_t>(length);
+  if (n < buffer.size()) {
+    text.append(buffer.data(), n);
+    return;
   }
-  va_end(again);
+  const std::size_t start = text.size();
+  text.resize(start + n + 1);
+  va_start(arguments, format);
+  std::vsnprintf(text.data() + start, n + 1, format, arguments);
+  va_end(arguments);
+  text.resize(start + n);
 }
 
 File open(const std::string& path) {

@@ -78,8 +78,8 @@ void runNetworks(ORBEL& orbel) {
 /// Missing shifts of residues resid - 2 .. resid + 2.
 std::array<int, 5> windowMissing(const ORBEL& orbel, int resid) {
   std::array<int, 5> missing{};
-  for (int d = -2; d <= 2; ++d)
-    missing[static_cast<std::size_t>(d + 2)] = valueOr(orbel.missingCount, resid + d);
+  int neighbour = resid - 2;
+  for (int& count : missing) count = valueOr(orbel.missingCount, neighbour++);
   return missing;
 }
 

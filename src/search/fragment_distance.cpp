@@ -17,15 +17,15 @@ FragmentDistance::FragmentDistance(const ORBEL& run, int resid) {
   for (int k = -kMaxHalfWidth; k <= kMaxHalfWidth; ++k) {
     const int neighbour = resid + k;
     if (neighbour < run.firstResidOption || neighbour > run.lastResidOption) continue;
-    const auto row = static_cast<std::size_t>(neighbour - run.firstResidOption);
+    const auto row = toIndex(neighbour - run.firstResidOption);
     if (row < run.secondaryShift.size()) {
-      query_[static_cast<std::size_t>(k + kMaxHalfWidth)] = run.secondaryShift[row];
+      query_[toIndex(k + kMaxHalfWidth)] = run.secondaryShift[row];
     }
   }
 }
 
 double FragmentDistance::addResidue(double sum, const DB& db, int centre, int k, double weight) const {
-  const auto& query = query_[static_cast<std::size_t>(k + kMaxHalfWidth)];
+  const auto& query = query_[toIndex(k + kMaxHalfWidth)];
   const float* entry = db.shifts(centre + k);
   for (std::size_t atom = 0; atom < query.size(); ++atom) {
     const double value = static_cast<double>(entry[2 * atom]);
@@ -41,7 +41,7 @@ double FragmentDistance::addResidue(double sum, const DB& db, int centre, int k,
 double FragmentDistance::weighted(const DB& db, int centre, int halfWidth) const {
   double sum = 0.0;
   for (int k = -halfWidth; k <= halfWidth; ++k) {
-    sum = addResidue(sum, db, centre, k, kDistanceWeights[static_cast<std::size_t>(std::abs(k))]);
+    sum = addResidue(sum, db, centre, k, kDistanceWeights[toIndex(std::abs(k))]);
   }
   return sum;
 }

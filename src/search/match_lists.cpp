@@ -7,12 +7,13 @@
 
 #include "driver/angles.h"
 #include "driver/maps.h"
+#include "search/residue_types.h"
 
 namespace {
 
 /// Residue type and number of an entry, e.g. "K48 ".
 std::string residueText(const DB& db, int entry) {
-  const auto i = static_cast<std::size_t>(entry);
+  const auto i = toIndex(entry);
   std::array<char, 32> text{};
   std::snprintf(text.data(), text.size(), "%1c%-3d", db.dbResName[i], static_cast<int>(db.dbResid[i]));
   return text.data();

@@ -34,12 +34,12 @@ Prescreen::Prescreen(const ORBEL& run, int resid)
 
 /// Prior and type penalty of query residue resid + k; its code is taken unfolded.
 void Prescreen::fillPosition(const ORBEL& run, int resid, int k) {
-  const auto position = static_cast<std::size_t>(k + halfWidth_);
+  const auto position = toIndex(k + halfWidth_);
   if (const auto* boxes = findValue(run.searchPrior, resid + k)) {
-    const double weight = kScreenWeights[static_cast<std::size_t>(std::abs(k))];
+    const double weight = kScreenWeights[toIndex(std::abs(k))];
     for (const auto& [box, prior] : *boxes) {
       if (box >= 0 && box < ClusterData::kBoxes) {
-        prior_[position][static_cast<std::size_t>(box)] = weight * prior;
+        prior_[position][toIndex(box)] = weight * prior;
       }
     }
   }
@@ -67,11 +67,11 @@ void Prescreen::fillCentre(const ORBEL& run) {
 void Prescreen::fillBounds() {
   const int positions = 2 * halfWidth_ + 1;
   for (int i = 0; i < positions; ++i) {
-    order_[static_cast<std::size_t>(i)] = (i % 2 == 1) ? -(i + 1) / 2 : i / 2;
+    order_[toIndex(i)] = (i % 2 == 1) ? -(i + 1) / 2 : i / 2;
   }
   double magnitude = 0.0;
   for (int i = positions - 1; i >= 0; --i) {
-    const auto position = static_cast<std::size_t>(order_[static_cast<std::size_t>(i)] + halfWidth_);
+    const auto position = toIndex(order_[toIndex(i)] + halfWidth_);
     double highest = 0.0;
     double largest = 0.0;
     for (const double value : prior_[position]) {
@@ -81,7 +81,7 @@ void Prescreen::fillBounds() {
     double penalty = 0.0;
     for (const double value : penalty_[position]) penalty = std::max(penalty, std::abs(value));
     magnitude += largest + penalty;
-    restHighest_[static_cast<std::size_t>(i)] = restHighest_[static_cast<std::size_t>(i) + 1] + highest;
+    restHighest_[toIndex(i)] = restHighest_[toIndex(i) + 1] + highest;
   }
   margin_ = 2e-6 * magnitude + static_cast<double>(std::numeric_limits<float>::min());
 }
@@ -90,7 +90,7 @@ void Prescreen::scanSource(const DB& db, int first, int last) {
   const int end = std::min(last, db.entryCount - 1) - halfWidth_;
   for (int centre = std::max(first, 0) + halfWidth_; centre <= end; ++centre) {
     if (!passesCentreTests(db, centre)) continue;
-    const bool typeMatches = wantSameType_ && db.dbResName[static_cast<std::size_t>(centre)] == centreCode_;
+    const bool typeMatches = wantSameType_ && db.dbResName[toIndex(centre)] == centreCode_;
     const double threshold = typeMatches ? std::min(matchThreshold_, sameTypeThreshold_) : matchThreshold_;
     if (cannotExceed(db, centre, threshold)) continue;
     const auto value = static_cast<double>(score(db, centre));
@@ -102,15 +102,15 @@ void Prescreen::scanSource(const DB& db, int first, int last) {
 }
 
 bool Prescreen::passesCentreTests(const DB& db, int centre) const {
-  const auto entry = static_cast<std::size_t>(centre);
+  const auto entry = toIndex(centre);
   if (!centreAllowed_[codeIndex(db.dbResName[entry])]) return false;
   return !prolineFollows_ || db.dbResName[entry + 1] == 'P';
 }
 
-/// True when the score certainly stays at or below `threshold`. Walks outwards from the centre, whose prior
-/// usually decides; never true where a prior is not a number.
+/// True when the score certainly stays at or below `threshold`. Walks outwards from the centre; never true
+/// where a prior is not a number.
 bool Prescreen::cannotExceed(const DB& db, int centre, double threshold) const {
-  const auto positions = static_cast<std::size_t>(2 * halfWidth_ + 1);
+  const auto positions = toIndex(2 * halfWidth_ + 1);
   const double limit = threshold - margin_;
   double sum = 0.0;
   for (std::size_t i = 0; i < positions; ++i) {
@@ -121,19 +121,19 @@ bool Prescreen::cannotExceed(const DB& db, int centre, double threshold) const {
 }
 
 double Prescreen::term(const DB& db, int centre, int k) const {
-  const auto entry = static_cast<std::size_t>(centre + k);
-  const auto position = static_cast<std::size_t>(k + halfWidth_);
+  const auto entry = toIndex(centre + k);
+  const auto position = toIndex(k + halfWidth_);
   const auto box = std::min<std::size_t>(db.dbClass[entry], kClasses - 1);
   return prior_[position][box] + penalty_[position][codeIndex(db.dbResName[entry])];
 }
 
 /// The score itself; kBroken when the fragment runs across a gap in the residue numbering.
 float Prescreen::score(const DB& db, int centre) const {
-  const std::uint32_t centreResid = db.dbResid[static_cast<std::size_t>(centre)];
+  const std::uint32_t centreResid = db.dbResid[toIndex(centre)];
   float sum = 0.0F;
   for (int k = -halfWidth_; k <= halfWidth_; ++k) {
-    const auto entry = static_cast<std::size_t>(centre + k);
-    const auto position = static_cast<std::size_t>(k + halfWidth_);
+    const auto entry = toIndex(centre + k);
+    const auto position = toIndex(k + halfWidth_);
     // Residue numbers are unsigned and negative ones wrap; the difference is taken modulo 2^32.
     if (db.dbResid[entry] - centreResid != static_cast<std::uint32_t>(k)) return kBroken;
     const auto box = std::min<std::size_t>(db.dbClass[entry], kClasses - 1);

@@ -1,7 +1,8 @@
-// Residue codes as the search reads them, and the reach of a fragment.
+// Residue codes as the search reads them, the reach of a fragment and its array indices.
 #pragma once
 
 #include <algorithm>
+#include <cstddef>
 #include <string>
 
 /// Oxidised cysteine and the alternative histidine code count as the common type.
@@ -27,4 +28,9 @@ inline constexpr int kMaxHalfWidth = 3;
 /// Residues of a fragment on either side of its centre.
 constexpr int fragmentHalfWidth(int alignLength) {
   return std::clamp((alignLength - 1) / 2, 1, kMaxHalfWidth);
+}
+
+/// Array index of an entry, a position or a rank; `i` must not be negative.
+constexpr std::size_t toIndex(int i) {
+  return static_cast<std::size_t>(i);
 }

@@ -15,13 +15,12 @@ constexpr std::size_t kSameTypeKept = 20;
 constexpr double kAtomsPerResidue = 6.0;
 
 /// Ranking list of the pre-screened fragments with a positive score: distance per atom divided by the score
-/// -> centre entry. Walks from the highest score down, so that of equal keys the lower score stays.
+/// -> centre entry. Of equal keys the lower score stays.
 template <class Distance>
 CandidateMap rankByDistance(const CandidateMap& screened, double atoms, const Distance& distance) {
   CandidateMap ranking;
-  for (auto it = screened.rbegin(); it != screened.rend(); ++it) {
-    const double score = it->first;
-    if (score > 0.0) ranking[distance(it->second) / atoms / score] = it->second;
+  for (const auto& [score, entry] : screened) {
+    if (score > 0.0) ranking.emplace(distance(entry) / atoms / score, entry);
   }
   return ranking;
 }

@@ -81,7 +81,7 @@ void addHeader(GDB& table, const ORBEL& run) {
 void addEntryCells(GDB& table, int row, const DB& db, int entry, const std::string& position) {
   const float* angles = db.angles(entry);
   const float* shifts = db.shifts(entry);
-  const auto resid = static_cast<int>(db.dbResid[static_cast<std::size_t>(entry)]);
+  const auto resid = static_cast<int>(db.dbResid[toIndex(entry)]);
   table.setEntry(row, "RESID" + position, ORBEL::cellText(resid));
   table.setEntry(row, "PHI" + position, finiteCell(static_cast<double>(angles[0])));
   table.setEntry(row, "PSI" + position, finiteCell(static_cast<double>(angles[1])));
@@ -99,7 +99,7 @@ void addRow(GDB& table, const ORBEL& run, int row, int resid, int entry, double 
   std::string database;
   for (int k = -halfWidth; k <= halfWidth; ++k) {
     query += residueName(run.sequence, resid + k);
-    database += printableCode(db.dbResName[static_cast<std::size_t>(entry + k)]);
+    database += printableCode(db.dbResName[toIndex(entry + k)]);
   }
   table.setEntry(row, "INDEX", ORBEL::cellText(row));
   table.setEntry(row, "RESID_Q_CENTER", ORBEL::cellText(resid));
@@ -108,7 +108,7 @@ void addRow(GDB& table, const ORBEL& run, int row, int resid, int entry, double 
   table.setEntry(row, "W", ORBEL::cellText(weight));
   table.setEntry(row, "RESNAMES_DB", database);
   for (int d = -1; d <= 1; ++d) {
-    addEntryCells(table, row, db, entry + d, kPositions[static_cast<std::size_t>(d + 1)]);
+    addEntryCells(table, row, db, entry + d, kPositions[toIndex(d + 1)]);
   }
   table.setEntry(row, "SOURCE", db.source(entry));
 }
@@ -126,7 +126,7 @@ void ORBEL::writePredAll() {
     const std::vector<double> distance = valueOr(matchDistance, resid);
     const std::vector<double> weight = valueOr(matchInCluster, resid);
     for (const auto& [rank, entry] : valueOr(matchIndex, resid)) {
-      const auto k = static_cast<std::size_t>(rank - 1);
+      const auto k = toIndex(rank - 1);
       if (k >= distance.size() || k >= weight.size()) break;
       addRow(table, *this, ++row, resid, entry, distance[k], weight[k]);
     }

@@ -2,6 +2,7 @@
 #include "shifts/adjusted_rows.h"
 
 #include <array>
+#include <cmath>
 #include <cstdio>
 
 #include "driver/angles.h"
@@ -43,11 +44,19 @@ struct AtomRow {
   int missing = 0;
 };
 
+/// SHIFT of an input row. A value that is not finite, or whose square is not, counts as missing: it would
+/// turn distances and output cells into non-numbers.
+double readShift(const GDB::Row& row) {
+  constexpr double kLargest = 1e100;
+  const double shift = text::toDouble(GDB::cell(row, "SHIFT"));
+  return std::fabs(shift) < kLargest ? shift : kMissingValue;
+}
+
 /// Row of an atom that the input lists.
 AtomRow observedRow(const ORBEL& run, const GDB::Row& input, const std::string& atom, double adjustment) {
   AtomRow result;
   result.row = input;
-  const double observed = text::toDouble(GDB::cell(input, "SHIFT"));
+  const double observed = readShift(input);
   if (adjustment < kMissingLimit) {
     result.secondary = observed - adjustment;
     result.row["SHIFT"] = ORBEL::cellText(result.secondary);
@@ -72,7 +81,7 @@ AtomRow absentRow(const Residue& residue, const std::string& atom) {
 }
 
 double shiftOf(const GDB::Row* row) {
-  return row == nullptr ? kMissingLimit : text::toDouble(GDB::cell(*row, "SHIFT"));
+  return row == nullptr ? kMissingLimit : readShift(*row);
 }
 
 /// Glycine HA: HA2, HA3 or their mean; a row named HA is not used.

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstring>
 #include <map>
+#include <ostream>
 #include <random>
 
 namespace {
@@ -33,6 +34,10 @@ struct Case {
   double density;  ///< share of non-zero weights
   double weightScale, inputScale;
 };
+
+void PrintTo(const Case& c, std::ostream* out) {
+  *out << c.name << ": " << c.units << " units, " << c.inputs << " inputs";
+}
 
 class LayerKernel : public testing::TestWithParam<Case> {
  protected:

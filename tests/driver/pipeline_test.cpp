@@ -1,6 +1,7 @@
 // Search prior, source index and reference-table look-ups.
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <filesystem>
 #include <fstream>
 

@@ -121,7 +121,7 @@ void setPrior(ORBEL& run, std::mt19937& random, int resid, int kind) {
 TEST(Prescreen, EqualsThePlainRulesOnRandomDatabases) {
   std::mt19937 random(20240611);
   const std::string codes = "LKEGPACcWVhX";
-  for (const int entries : {0, 3, 300, 6000}) {
+  for (const int entries : {0, 3, 300, 8000}) {
     ORBEL run;
     installDatabase(run, randomDatabase(random, entries));
     for (const char a : std::string("LKEGPACWVH")) {
@@ -145,7 +145,7 @@ TEST(Prescreen, EqualsThePlainRulesOnRandomDatabases) {
       EXPECT_EQ(actual.sameType, expected.sameType) << entries << " entries, query " << query;
       trimmed = trimmed || expected.matches.size() == 1000;
     }
-    EXPECT_EQ(trimmed, entries == 6000);  // the thresholds were at work in the largest case only
+    EXPECT_EQ(trimmed, entries == 8000);  // the thresholds were at work in the largest case only
   }
 }
 

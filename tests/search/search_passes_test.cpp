@@ -125,6 +125,18 @@ TEST(FirstPass, KeepsTwentyFiveByDistanceOrScore) {
   }
 }
 
+TEST(FirstPass, LowerScoreStaysAmongEqualDistances) {
+  ORBEL run;
+  std::vector<DbResidue> db;
+  for (const std::uint32_t box : {1U, 2U, 3U}) addFragment(db, 'X', box, 0);
+  prepare(run, db);
+  run.searchPrior[3] = {{1, 0.4}, {2, 0.2}, {3, 0.3}};
+  CandidateMap matches;
+  CandidateMap sameType;
+  run.searchDB(3, matches, sameType);
+  EXPECT_EQ(matches, (CandidateMap{{0.0, centreOf(1)}}));
+}
+
 TEST(FirstPass, EmptyAndTinyDatabasesAndShortShiftTables) {
   for (const int entries : {0, 1, 4, 5}) {
     ORBEL run;

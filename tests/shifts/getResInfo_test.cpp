@@ -195,7 +195,7 @@ TEST(Referencing, SmallOrOneSidedSets) {
   std::vector<std::string> rows;
   for (int i = 1; i <= 11; ++i) {
     rows.push_back(std::to_string(i) + " A CA " + std::to_string(58.0 + 0.1 * i + (i % 2) * 0.01));
-    rows.push_back(std::to_string(i) + " A CB 30");
+    rows.push_back(std::to_string(i) + " A CB " + std::to_string(30.0 + 0.05 * (i % 3)));
   }
   const auto eleven = makeShiftRun(std::string(12, 'A'), 1, rows);
   intake(*eleven);

@@ -1,0 +1,56 @@
+# Front door to the CMake build; `make help` lists the targets.
+SHELL := bash
+DEMO := build/demo
+RELEASE := build/release
+SOURCES = $(shell git ls-files -co --exclude-standard '*.cpp' '*.h')
+
+.PHONY: help demo test build debug-test bench format format-check tidy deps clean
+
+help: ## list the targets
+	@awk -F ':.*## ' '/^[a-z-]+:.*## / {printf "  make %-14s %s\n", $$1, $$2}' Makefile
+
+demo: deps ## build and predict human ubiquitin into build/demo
+	@cmake --preset release >/dev/null
+	@cmake --build --preset release --target orbeln installation
+	@rm -rf $(DEMO) && mkdir -p $(DEMO)
+	@# Relative names: option values cannot contain a hyphen, and the path of the clone may.
+	cd $(DEMO) && ORBELN_DIR=../release/install ../release/orbeln -in ../../examples/ubiquitin/ubiquitin.tab
+	@echo
+	@grep -A 27 '^VARS' $(DEMO)/pred.tab
+	@echo "   ..."
+	@echo
+	@echo "All results:"
+	@ls $(DEMO)/*.tab
+
+test: ## build and run every test
+	@.ci/run
+
+build: deps ## build the release preset in build/release
+	@cmake --preset release
+	@cmake --build --preset release
+
+debug-test: deps ## run every test with AddressSanitizer and UndefinedBehaviorSanitizer
+	@cmake --preset debug
+	@cmake --build --preset debug
+	@ctest --preset debug --parallel 2
+
+bench: deps ## build and run the benchmarks
+	@cmake --preset bench
+	@cmake --build --preset bench
+	@set -e; for b in $$(find build/bench/bench -maxdepth 1 -type f -executable); do $$b; done
+
+format: ## reformat every source file
+	@clang-format -i $(SOURCES)
+
+format-check: ## fail when a source file is not in the house format
+	@clang-format --dry-run -Werror $(SOURCES)
+
+tidy: deps ## static analysis of the program (clang-tidy)
+	@cmake --preset release >/dev/null
+	@clang-tidy --quiet -p $(RELEASE) $(wildcard src/*/*.cpp)
+
+deps:
+	@.ci/dependencies
+
+clean: ## remove everything that was built
+	@rm -rf build

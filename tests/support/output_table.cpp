@@ -1,0 +1,54 @@
+// Reads an output table back, independently of the program's own reader.
+#include "support/output_table.h"
+
+#include <cmath>
+#include <sstream>
+
+#include "support/process.h"
+
+namespace support {
+
+OutputTable::OutputTable(const std::filesystem::path& file) {
+  std::istringstream in(readFile(file));
+  for (std::string line; std::getline(in, line);) {
+    const std::vector<std::string> words = split(line);
+    if (words.empty() || words[0] == "FORMAT") continue;
+    if (words[0] == "REMARK") {
+      remarks.push_back(line.substr(6));
+    } else if (words[0] == "DATA") {
+      data.push_back(line);
+    } else if (words[0] == "VARS") {
+      columns.assign(words.begin() + 1, words.end());
+    } else if (words.size() == columns.size()) {
+      Row& row = rows.emplace_back();
+      for (std::size_t i = 0; i < words.size(); ++i) row[columns[i]] = words[i];
+    }
+  }
+}
+
+const OutputTable::Row& OutputTable::residue(int resid) const {
+  static const Row none;
+  for (const Row& row : rows)
+    if (row.at("RESID") == std::to_string(resid)) return row;
+  return none;
+}
+
+std::string OutputTable::text(int resid, const std::string& column) const {
+  const Row& row = residue(resid);
+  const auto cell = row.find(column);
+  return cell == row.end() ? "(no such cell)" : cell->second;
+}
+
+double OutputTable::number(int resid, const std::string& column) const {
+  const Row& row = residue(resid);
+  const auto cell = row.find(column);
+  return cell == row.end() ? std::nan("") : std::stod(cell->second);
+}
+
+std::vector<int> OutputTable::residues() const {
+  std::vector<int> numbers;
+  for (const Row& row : rows) numbers.push_back(std::stoi(row.at("RESID")));
+  return numbers;
+}
+
+}  // namespace support

@@ -1,0 +1,24 @@
+// Reads an output table back, independently of the program's own reader.
+#pragma once
+
+#include <filesystem>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace support {
+
+struct OutputTable {
+  using Row = std::map<std::string, std::string>;  ///< column name -> text
+
+  explicit OutputTable(const std::filesystem::path& file);
+  const Row& residue(int resid) const;  ///< first row of that RESID; an empty row when there is none
+  double number(int resid, const std::string& column) const;
+  std::string text(int resid, const std::string& column) const;
+  std::vector<int> residues() const;  ///< the RESID column
+
+  std::vector<std::string> remarks, data, columns;
+  std::vector<Row> rows;
+};
+
+}  // namespace support

@@ -1,0 +1,229 @@
+// Which residues become restraints, how wide, and what is said about the others.
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include "restraints/options.h"
+#include "restraints/program.h"
+#include "restraints/select.h"
+#include "support/process.h"
+#include "tools/prediction_tables.h"
+
+namespace {
+
+using restraints::Angle;
+using restraints::Chi1Row;
+using restraints::Options;
+using restraints::Restraint;
+using restraints::RestraintList;
+using restraints::TorsionRow;
+using restraints::TorsionTable;
+
+TorsionRow row(int resid, char code, const char* className, double sd = 15, double phi = -60,
+               double psi = -40) {
+  TorsionRow r;
+  r.resid = resid;
+  r.code = code;
+  r.className = className;
+  r.phi = phi;
+  r.psi = psi;
+  r.dphi = sd;
+  r.dpsi = sd;
+  return r;
+}
+
+TorsionTable table(const std::string& sequence, std::vector<TorsionRow> rows) {
+  TorsionTable t;
+  for (std::size_t i = 0; i < sequence.size(); ++i) t.sequence[static_cast<int>(i) + 1] = sequence[i];
+  t.rows = std::move(rows);
+  return t;
+}
+
+Chi1Row chi1(int resid, char code, const char* className, double probability, double angle, double sd = 10) {
+  Chi1Row r;
+  r.resid = resid;
+  r.code = code;
+  r.className = className;
+  (r.className == "g-" ? r.gm : r.className == "g+" ? r.gp : r.t) = probability;
+  r.chi1 = angle;
+  r.dchi1 = sd;
+  return r;
+}
+
+std::string names(const RestraintList& list) {
+  std::string text;
+  for (const Restraint& r : list.restraints) {
+    text += (text.empty() ? "" : " ") + std::to_string(r.resid) + r.angleName();
+  }
+  return text;
+}
+
+std::string report(const RestraintList& list) {
+  std::string text;
+  for (const std::string& statement : list.report) text += statement + "\n";
+  return text;
+}
+
+TEST(RestraintSelection, OnlyReliableClassesUnlessAsked) {
+  const TorsionTable t =
+      table("AAAAAAAA", {row(2, 'A', "Strong"), row(3, 'A', "Generous"), row(4, 'A', "Warn"),
+                         row(5, 'A', "Dyn"), row(6, 'A', "Bad"), row(7, 'A', "None", 0, 9999, 9999)});
+  Options options;
+  const RestraintList standard = selectRestraints(t, {}, options);
+  EXPECT_EQ(names(standard), "2PHI 2PSI 3PHI 3PSI");
+  EXPECT_NE(report(standard).find("skipped, class Warn: 1 (residues 4)"), std::string::npos);
+  EXPECT_NE(report(standard).find("skipped, class None: 1 (residues 7)"), std::string::npos);
+  options.classes = {"Strong"};
+  EXPECT_EQ(names(selectRestraints(t, {}, options)), "2PHI 2PSI");
+  options.classes = {"Warn", "Dyn"};
+  const RestraintList asked = selectRestraints(t, {}, options);
+  EXPECT_EQ(names(asked), "4PHI 4PSI 5PHI 5PSI");
+  EXPECT_NE(report(asked).find("class Dyn was asked for"), std::string::npos);
+}
+
+TEST(RestraintSelection, ChainEndsAndMissingAngles) {
+  const TorsionTable t = table("AAA", {row(1, 'A', "Strong"), row(2, 'A', "Strong", 10, 9999, -40),
+                                       row(3, 'A', "Strong", 10, -60, 999)});
+  const RestraintList list = selectRestraints(t, {}, Options{});
+  EXPECT_EQ(names(list), "1PSI 2PSI 3PHI");
+  EXPECT_NE(report(list).find("PHI of the first residue: 1 (residues 1)"), std::string::npos);
+  EXPECT_NE(report(list).find("PSI of the last residue: 1 (residues 3)"), std::string::npos);
+  EXPECT_NE(report(list).find("PHI: no angle: 1 (residues 2)"), std::string::npos);
+}
+
+TEST(RestraintSelection, WidthRule) {
+  struct Case {
+    double sd, factor, floor, cap, width;  // width 0: no restraint
+  };
+  const std::vector<Case> cases = {{15, 2, 20, 179, 30},     {4, 2, 20, 179, 20}, {0, 2, 20, 179, 20},
+                                   {15, 3, 20, 179, 45},     {4, 1, 10, 179, 10}, {60, 2, 20, 90, 90},
+                                   {89.9, 2, 20, 179, 179},  {90, 2, 20, 179, 0}, {180, 2, 20, 60, 0},
+                                   {7.774, 2, 10, 179, 15.5}};
+  for (const Case& c : cases) {
+    SCOPED_TRACE(testing::Message() << c.sd << " x " << c.factor << ", " << c.floor << " to " << c.cap);
+    Options options;
+    options.factor = c.factor;
+    options.floor = c.floor;
+    options.cap = c.cap;
+    const RestraintList list = selectRestraints(table("AAA", {row(2, 'A', "Strong", c.sd)}), {}, options);
+    ASSERT_EQ(list.restraints.size(), c.width > 0 ? 2U : 0U);
+    const bool reported = report(list).find("full circle") != std::string::npos;
+    EXPECT_EQ(reported, c.width == 0);
+    for (const Restraint& r : list.restraints) EXPECT_NEAR(r.halfWidth, c.width, 1e-9);
+  }
+}
+
+TEST(RestraintSelection, SideChains) {
+  const TorsionTable t =
+      table("LLVVIAGL",
+            {row(1, 'L', "Strong"), row(2, 'L', "Warn"), row(3, 'V', "Strong"), row(4, 'V', "Strong"),
+             row(5, 'I', "Strong"), row(6, 'A', "Strong"), row(7, 'G', "Strong"), row(8, 'L', "Strong")});
+  const std::vector<Chi1Row> rotamers = {chi1(1, 'L', "t", 0.95, 178, 20), chi1(2, 'L', "t", 0.99, 178),
+                                         chi1(3, 'V', "g-", 0.95, -60, 3), chi1(4, 'V', "t", 0.93, 175),
+                                         chi1(5, 'I', "g-", 0.89, -60),    chi1(6, 'A', "t", 1, 60),
+                                         chi1(7, 'G', "t", 1, 60),         chi1(8, 'L', "na", 0, 9999, 9999)};
+  const RestraintList list = selectRestraints(t, rotamers, Options{});
+  std::string found;
+  for (const Restraint& r : list.restraints) {
+    if (r.angle != Angle::Chi1) continue;
+    found += std::to_string(r.resid) + ":" + r.atoms[3].name +
+             tool_tables::line("=%g+-%g ", r.centre, r.halfWidth);
+  }
+  EXPECT_EQ(found, "1:CG=178+-40 3:CG1=60+-30 4:CG1=-65+-30 ");
+  const std::string text = report(list);
+  EXPECT_NE(
+      text.find("valine chi1: 120 degrees added back to the table's value for N-CA-CB-CG1: residues 3, 4"),
+      std::string::npos);
+  EXPECT_NE(text.find("CHI1: backbone class Warn: 1 (residues 2)"), std::string::npos);
+  EXPECT_NE(text.find("CHI1: rotamer probability below 0.9: 1 (residues 5)"), std::string::npos);
+  EXPECT_NE(text.find("CHI1: no rotamer predicted: 1 (residues 8)"), std::string::npos);
+}
+
+TEST(RestraintSelection, ResidueRanges) {
+  EXPECT_EQ(restraints::residueRanges({}), "");
+  EXPECT_EQ(restraints::residueRanges({-2, -1, 0, 4, 6, 7, 9, 10, 11}), "-2 to 0, 4, 6, 7, 9-11");
+}
+
+/// Faulty tables and command lines: one message, the right status, no output.
+TEST(RestraintProgram, FaultsAreNamed) {
+  const support::TempDir dir;
+  const std::string good = tool_tables::torsionTable(
+      "x", 1, "AAA", {{2, 'A', -60, -40, 5, 5, "Strong"}, {3, 'A', -60, -40, 5, 5, "Warn"}});
+  const auto changed = [&](const std::string& from, const std::string& to) {
+    std::string text = good;
+    text.replace(text.find(from), from.size(), to);
+    return text;
+  };
+  struct Case {
+    const char* name;
+    std::string content;
+    std::vector<std::string> options;
+    int status;
+    std::string message;
+  };
+  const std::vector<std::string> xplor = {"--format", "xplor"};
+  const std::vector<Case> cases = {
+      {"value missing", changed("  -40.000", ""), xplor, 1, "pred.tab:10: expected 11 values, found 10"},
+      {"no number", changed("  -60.000", "  minus60"), xplor, 1, "pred.tab:10: PHI is 'minus60'"},
+      {"not a number", changed("  -60.000", "      nan"), xplor, 1, "pred.tab:10: PHI is 'nan'"},
+      {"unknown class", changed("Warn", "Good"), xplor, 1, "pred.tab:11: CLASS is 'Good'"},
+      {"same residue twice", changed("    3 A", "    2 A"), xplor, 1,
+       "pred.tab:11: residue 2 does not follow"},
+      {"column missing", changed(" DPHI", " XPHI"), xplor, 1, "no column DPHI"},
+      {"bad format", changed("%2d %2d %s", "%2d %2x %s"), xplor, 1, "pred.tab:8: bad field format"},
+      {"no rows", good.substr(0, good.find("    2 A")), xplor, 1, "no rows"},
+      {"other file", "HEADER\nATOM\n", xplor, 1, "no VARS and FORMAT lines"},
+      {"zero byte", good + std::string(1, '\0'), xplor, 1, "a zero byte"},
+      {"nothing reliable", changed("Strong", "Bad"), xplor, 1, "no residue gives a restraint"},
+      {"no format", good, {}, 2, "--format is missing"},
+      {"unknown format", good, {"--format", "pdb"}, 2, "unknown format 'pdb'"},
+      {"unknown option", good, {"--format", "xplor", "--wide"}, 2, "unknown option --wide"},
+      {"no value", good, {"--format"}, 2, "--format needs a value"},
+      {"odd number", good, {"--format", "xplor", "--factor", "2x"}, 2, "--factor needs a number"},
+      {"class None", good, {"--format", "xplor", "--classes", "None"}, 2, "None has no angles"},
+      {"no structure", good, {"--format", "amber"}, 2, "--coordinates"},
+      {"flag with value", good, {"--format", "xplor", "--wrap=1"}, 2, "takes no value"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    support::writeFile(dir / "pred.tab", c.content);
+    std::vector<std::string> words = {(dir / "pred.tab").string(), "-o", (dir / "out").string()};
+    words.insert(words.end(), c.options.begin(), c.options.end());
+    std::ostringstream out, err;
+    EXPECT_EQ(restraints::runProgram(words, out, err), c.status);
+    EXPECT_NE(err.str().find(c.message), std::string::npos) << err.str();
+    EXPECT_FALSE(std::filesystem::exists(dir / "out"));
+  }
+}
+
+TEST(RestraintProgram, UnwritableOutputLeavesNothingBehind) {
+  const support::TempDir dir;
+  support::writeFile(dir / "pred.tab",
+                     tool_tables::torsionTable("x", 1, "AAA", {{2, 'A', -60, -40, 5, 5, "Strong"}}));
+  std::filesystem::create_directory(dir / "taken");
+  for (const char* target : {"taken", "no/such/file"}) {
+    std::ostringstream out, err;
+    EXPECT_EQ(
+        restraints::runProgram(
+            {(dir / "pred.tab").string(), "--format", "cyana", "-o", (dir / target).string()}, out, err),
+        1);
+    EXPECT_NE(err.str().find("cannot write"), std::string::npos);
+  }
+  std::size_t entries = 0;
+  for (const auto& entry : std::filesystem::directory_iterator(dir.path)) entries += entry.exists() ? 1 : 0;
+  EXPECT_EQ(entries, 2U);
+}
+
+TEST(RestraintProgram, LineEndsOfOtherSystems) {
+  const support::TempDir dir;
+  std::string text = tool_tables::torsionTable("x", 1, "AAA", {{2, 'A', -60, -40, 5, 5, "Strong"}});
+  for (std::size_t at = 0; (at = text.find('\n', at)) != std::string::npos; at += 2) text.insert(at, "\r");
+  support::writeFile(dir / "pred.tab", text);
+  std::ostringstream out, err;
+  EXPECT_EQ(restraints::runProgram({(dir / "pred.tab").string(), "--format", "cyana", "-o", "-"}, out, err),
+            0)
+      << err.str();
+  EXPECT_NE(out.str().find("2 ALA   PHI      -80.0    -40.0   1.00"), std::string::npos) << out.str();
+}
+
+}  // namespace

@@ -1,0 +1,29 @@
+// Whole files in and out: reading from a path or standard input, writing without ever leaving half a file.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace tools {
+
+struct FileText {
+  bool ok = false;
+  std::string text;   ///< without a UTF-8 byte order mark
+  std::string error;  ///< why it could not be read, in words
+};
+
+/// The text of `path`, of standard input for "-".
+FileText readTextFile(const std::string& path);
+
+/// A file name beside `path` for a file that is still being written.
+std::string temporaryName(const std::string& path);
+
+/// Moves the finished file `temporary` to `path`; a `path` that is no regular file (a pipe, a device) is
+/// written to instead. Returns an empty text, or what went wrong; `temporary` is gone afterwards.
+std::string moveIntoPlace(const std::string& temporary, const std::string& path);
+
+/// Writes `text` to `path` by way of a temporary name ("-" is standard output). Empty text, or what went
+/// wrong.
+std::string writeTextFile(const std::string& path, std::string_view text);
+
+}  // namespace tools

@@ -1,0 +1,172 @@
+// The whole way from the text of a file to table rows.
+#include <algorithm>
+#include <filesystem>
+
+#include "common/files.h"
+#include "convert/choose.h"
+#include "convert/conversion.h"
+#include "convert/names.h"
+#include "convert/number_residues.h"
+#include "convert/readers.h"
+
+namespace convert {
+
+namespace {
+
+bool readStar(Format format, std::string_view text, Entry& entry, Log& log) {
+  star::Document document;
+  if (!star::parse(text, document, log)) return false;
+  if (format == Format::Nef) return readNef(document, entry, log);
+  if (format == Format::NmrStar2) return readNmrStar2(document, entry, log);
+  if (format == Format::OtherStar)
+    return log.error(0, "the file holds no loop with assigned chemical shifts");
+  return readNmrStar3(document, entry, log);
+}
+
+bool readFormat(Format format, std::string_view text, const std::vector<Chain>& sequence, Entry& entry,
+                Log& log) {
+  switch (format) {
+    case Format::NmrStar3:
+    case Format::NmrStar2:
+    case Format::Nef:
+    case Format::OtherStar:
+      return readStar(format, text, entry, log);
+    case Format::Xeasy:
+      return readXeasy(text, sequence, entry, log);
+    case Format::Sparky:
+      return readSparky(text, entry, log);
+    case Format::Shifty:
+      return readShifty(text, entry, log);
+    case Format::Delimited:
+      return readDelimited(text, entry, log);
+    case Format::Table:
+      return readTable(text, entry, log);
+    case Format::Fasta:
+    case Format::XeasySequence:
+      return log.error(0, "this is a sequence without shifts; give it with --sequence beside a shift list");
+    case Format::MmCif:
+      return log.error(0, "this is an mmCIF file with coordinates, not with chemical shifts");
+    case Format::Unknown:
+      break;
+  }
+  return log.error(0, "the format is not recognised; --format names it if it is a known one");
+}
+
+bool isText(std::string_view text, Log& log) {
+  if (text.starts_with("\x1F\x8B")) return log.error(0, "the file is compressed; run gunzip on it first");
+  if (text.find('\0') != std::string_view::npos) return log.error(0, "this is no text file");
+  if (std::all_of(text.begin(), text.end(), [](char c) { return c == ' ' || (c >= '\t' && c <= '\r'); })) {
+    return log.error(0, "the file is empty");
+  }
+  return true;
+}
+
+/// The sequence that comes with the file: the one given, else the .seq beside an XEASY .prot.
+bool readCompanion(const std::string& file, Format format, Settings& settings, std::vector<Chain>& sequence,
+                   Log& log) {
+  if (settings.sequenceFile.empty() && format == Format::Xeasy && file != "-") {
+    const std::string beside = std::filesystem::path(file).replace_extension(".seq").string();
+    std::error_code ignored;
+    if (beside != file && std::filesystem::is_regular_file(beside, ignored)) settings.sequenceFile = beside;
+  }
+  if (settings.sequenceFile.empty()) return true;
+  const tools::FileText text = tools::readTextFile(settings.sequenceFile);
+  const std::string previous = log.enter(settings.sequenceFile);
+  const bool read = text.ok ? readSequence(text.text, sequence, log) : log.error(0, text.error);
+  log.enter(previous);
+  return read;
+}
+
+/// What the remarks say of chains that are not converted and residues that are X.
+void describeSource(const std::string& file, const Entry& entry, const Chain& chain, const std::string& list,
+                    Conversion& conversion) {
+  const std::string name = file == "-" ? "standard input" : std::filesystem::path(file).filename().string();
+  conversion.remarks.push_back("Converted from " + name + " (" + entry.format + ")");
+  for (const std::string& fact : entry.facts) conversion.remarks.push_back(fact);
+  std::string source = "Chain " + describeChain(chain);
+  for (const ShiftList& known : entry.lists) {
+    if (known.id == list && (entry.lists.size() > 1 || !known.name.empty()))
+      source += ", shift list " + describeList(known);
+  }
+  conversion.remarks.push_back(source);
+  for (const Chain& other : entry.chains) {
+    if (other.id == chain.id) continue;
+    const std::size_t shifts = countBackboneShifts(entry, other.id, "");
+    conversion.remarks.push_back("Chain " + describeChain(other) + " is not converted: " +
+                                 (!other.protein ? "no protein"
+                                  : shifts == 0  ? "it has no shifts"
+                                                 : "not chosen"));
+  }
+}
+
+void describeResidues(const Chain& chain, const Settings& settings, Conversion& conversion, Log& log) {
+  std::string unknown, oxidized;
+  int gaps = 0, line = 0;
+  for (const Residue& residue : chain.residues) {
+    if (residue.code == 'c') oxidized += ", " + std::to_string(residue.number);
+    if (residue.code != 'X' || residueCode(residue.name, settings.mseAsMet) != 'X') continue;
+    if (residue.name.empty()) {
+      ++gaps;
+    } else if (residue.name != "X" || chain.sequenceGiven) {
+      unknown += ", " + std::to_string(residue.number) + " " + residue.name;
+      if (line == 0) line = residue.line;
+    }
+  }
+  if (!unknown.empty()) {
+    conversion.remarks.push_back("Residues that are none of the 20 amino acids are X: " + unknown.substr(2));
+    log.note(line, conversion.remarks.back());
+  }
+  if (!oxidized.empty())
+    conversion.remarks.push_back("Disulfide-bonded cysteines (c): " + oxidized.substr(2));
+  if (chain.sequenceGiven) return;
+  std::string remark = "The file has no sequence: it is put together from the residues of the shifts";
+  if (gaps > 0)
+    remark += ", with X for " + std::to_string(gaps) + " residues without any; --sequence gives the true one";
+  conversion.remarks.push_back(remark);
+  if (gaps > 0) log.warn(0, remark);
+}
+
+bool prepareChain(const Entry& entry, Chain& chain, const std::vector<Chain>& sequence,
+                  const Settings& settings, Conversion& conversion, Log& log) {
+  if (!numberResidues(entry, chain, settings, conversion.remarks, log)) return false;
+  const bool used = entry.format == "XEASY" && chain.sequenceGiven;  // its .seq came with it
+  if (!sequence.empty() && !used) {
+    if (!applySequence(entry, chain, sequence, settings, conversion.remarks, log)) return false;
+    chain.sequenceGiven = true;
+  }
+  describeResidues(chain, settings, conversion, log);
+  return true;
+}
+
+}  // namespace
+
+bool convertText(const std::string& file, std::string_view text, const Settings& given,
+                 Conversion& conversion, bool& ambiguous, Log& log) {
+  Settings settings = given;
+  ambiguous = false;
+  if (!isText(text, log)) return false;
+  const Format format = settings.format.empty() ? recognise(text) : formatNamed(settings.format);
+  std::vector<Chain> sequence;
+  if (!readCompanion(file, format, settings, sequence, log)) return false;
+  Entry entry;
+  if (!readFormat(format, text, sequence, entry, log)) return false;
+  if (entry.needsSequence && sequence.empty()) {
+    return log.error(0, "a " + entry.format + " carries no sequence; give it with --sequence (FASTA" +
+                            (format == Format::Xeasy ? " or .seq)" : ")"));
+  }
+  const Choice choice = choose(entry, settings, log);
+  ambiguous = choice.ambiguous;
+  if (!choice.ok) return false;
+  Chain& chain = *entry.findChain(choice.chain);
+  describeSource(file, entry, chain, choice.list, conversion);
+  if (!prepareChain(entry, chain, sequence, settings, conversion, log)) return false;
+  if (!convertRows(entry, chain, choice.list, settings, conversion, log)) return false;
+  addHints(entry, chain, conversion);
+  if (!settings.strict || log.count(tools::Severity::Warning) == 0) return true;
+  const auto first = std::find_if(log.messages().begin(), log.messages().end(), [](const tools::Message& m) {
+    return m.severity == tools::Severity::Warning;
+  });
+  return log.error(first->line, first->text + " (--strict)");
+}
+
+}  // namespace convert

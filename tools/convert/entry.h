@@ -1,0 +1,87 @@
+// What every reader makes of its file: chains with their sequence, shift lists, shifts with line numbers.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "common/log.h"
+
+namespace convert {
+
+using tools::Log;
+
+/// One residue of a chain, in sequence order.
+struct Residue {
+  std::string key;     ///< how the shifts of the same file refer to it
+  std::string name;    ///< as in the file: three letters, one letter or a variant; empty when unknown
+  std::string author;  ///< the author's residue number, empty when none is given
+  char code = 'X';     ///< one-letter code, see residueCode()
+  int line = 0;
+  int number = 0;  ///< RESID of the table; set by numberResidues()
+};
+
+struct Chain {
+  std::string id;
+  std::vector<std::string> aliases;  ///< other names a user may choose it by
+  std::string description;
+  std::vector<Residue> residues;
+  bool protein = true;         ///< false for nucleic acids and other molecules
+  bool sequenceGiven = false;  ///< false: put together from the shift rows
+  std::string entity;          ///< molecule that this chain is a copy of, where the format knows such a thing
+};
+
+struct ShiftList {
+  std::string id;
+  std::string name;
+  std::string details;
+};
+
+/// One assigned shift as read.
+struct Shift {
+  std::string chain;     ///< Chain::id
+  std::string list;      ///< ShiftList::id
+  std::string residue;   ///< Residue::key
+  std::string name;      ///< residue name in the shift row, may be empty
+  std::string atom;      ///< as in the file
+  std::string text;      ///< the value as in the file
+  std::string author;    ///< author's residue number in the shift row, may be empty
+  int ambiguity = 0;     ///< NMR-STAR ambiguity code, 0 when not given
+  bool missing = false;  ///< the file says that there is no value
+  int line = 0;
+};
+
+/// Isotope labelling of one component of a sample.
+struct Labelling {
+  std::string entity;  ///< molecule it is about; empty for buffers, solvents and the like
+  std::string text;
+};
+
+struct Entry {
+  std::string format;  ///< in words, as in "NMR-STAR 3.1.1.61"
+  std::vector<Chain> chains;
+  std::vector<ShiftList> lists;
+  std::vector<Shift> shifts;
+  std::vector<std::string> facts;  ///< context worth a remark
+  std::vector<Labelling> labelling;
+  std::size_t unassigned = 0;  ///< shift rows of no residue of the sequence
+  bool zeroIsMissing = false;
+  bool needsSequence = false;  ///< the format carries no sequence worth the name
+
+  Chain* findChain(const std::string& id);
+  const Chain* findChain(const std::string& id) const;
+  const Residue* findResidue(const Chain& chain, const std::string& key) const;
+};
+
+/// Settings that a user may change.
+struct Settings {
+  std::string format;        ///< empty: recognise it from the content
+  std::string chain, list;   ///< empty: the only one
+  std::string sequenceFile;  ///< FASTA or XEASY .seq; empty: none
+  std::string firstResid;    ///< number of the first residue; empty: as in the file
+  bool mseAsMet = false;
+  bool keepFirst = false;
+  bool skipAmbiguous = false;
+  bool strict = false;
+};
+
+}  // namespace convert

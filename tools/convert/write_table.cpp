@@ -1,0 +1,118 @@
+// The converted rows as the program's input table, with the report in its remarks.
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+#include <fstream>
+
+#include "common/files.h"
+#include "convert/conversion.h"
+#include "tables/GDB.h"
+
+namespace convert {
+
+namespace {
+
+constexpr int kLeastDecimals = 3, kMostDecimals = 6;
+
+/// One line without control characters.
+std::string oneLine(const std::string& text) {
+  std::string result;
+  for (const char c : text) result += static_cast<unsigned char>(c) < ' ' ? ' ' : c;
+  return result;
+}
+
+/// Digits after the point that the values need.
+int decimals(const std::vector<TableRow>& rows) {
+  int most = kLeastDecimals;
+  for (const TableRow& row : rows) {
+    const std::size_t point = row.text.find('.');
+    if (point == std::string::npos || row.text.find_first_of("eE") != std::string::npos) continue;
+    const std::size_t last = row.text.find_last_not_of("0 ");
+    if (last > point) most = std::max(most, static_cast<int>(last - point));
+  }
+  return std::min(most, kMostDecimals);
+}
+
+/// Ten letters a group, as in printed sequences; no line of the file ends inside a group.
+std::vector<std::string> sequenceLines(const std::string& sequence) {
+  std::vector<std::string> lines;
+  for (std::size_t i = 0; i < sequence.size(); i += 10) {
+    if (i % 50 == 0) lines.emplace_back();
+    lines.back() += (i % 50 == 0 ? "" : " ") + sequence.substr(i, 10);
+  }
+  return lines;
+}
+
+void fillTable(const Conversion& conversion, const Log& log, GDB& table) {
+  for (const std::string& line : reportLines(conversion)) table.addRemark(oneLine(line));
+  for (const tools::Message& message : log.messages()) {
+    if (message.severity == tools::Severity::Warning)
+      table.addRemark(oneLine("Warning: " + tools::describe(message)));
+  }
+  table.setData("FIRST_RESID", std::to_string(conversion.firstResid));
+  for (const std::string& line : sequenceLines(conversion.sequence)) table.setData("SEQUENCE", line);
+  const int digits = decimals(conversion.rows);
+  table.VARS_str_parser("RESID RESNAME ATOMNAME SHIFT");
+  table.FORMAT_str_parser("%4d   %1s     %-4s   %" + std::to_string(digits + 6) + "." +
+                          std::to_string(digits) + "f");
+  int number = 0;
+  for (const TableRow& row : conversion.rows) {
+    ++number;
+    table.setEntry(number, "RESID", std::to_string(row.resid));
+    table.setEntry(number, "RESNAME", std::string(1, row.code));
+    table.setEntry(number, "ATOMNAME", row.atom);
+    table.setEntry(number, "SHIFT", row.text);
+  }
+}
+
+/// Where the table is put together: beside its destination, or in the temporary folder for standard output.
+std::string workingName(const std::string& path) {
+  std::error_code error;
+  const bool elsewhere =
+      path == "-" || (std::filesystem::exists(path, error) && !std::filesystem::is_regular_file(path, error));
+  if (!elsewhere) return tools::temporaryName(path);
+  return tools::temporaryName((std::filesystem::temp_directory_path(error) / "orbeln_table").string());
+}
+
+}  // namespace
+
+std::string writeTable(const Conversion& conversion, const Log& log, const std::string& path) {
+  GDB table;
+  fillTable(conversion, log, table);
+  const std::string temporary = workingName(path);
+  std::error_code error;
+  if (!std::ofstream(temporary)) return "the file cannot be written there";
+  table.saveGDB(temporary);
+  // A full disk shows when the table is read back.
+  if (GDB(temporary).entries.size() != conversion.rows.size()) {
+    std::filesystem::remove(temporary, error);
+    return "the table could not be written completely";
+  }
+  if (path != "-") return tools::moveIntoPlace(temporary, path);
+  const tools::FileText written = tools::readTextFile(temporary);
+  std::filesystem::remove(temporary, error);
+  return written.ok ? tools::writeTextFile("-", written.text) : written.error;
+}
+
+std::vector<std::string> reportLines(const Conversion& conversion) {
+  std::vector<std::string> lines = conversion.remarks;
+  std::string taken, renamed;
+  for (const char* atom : {"N", "HN", "HA", "HA2", "HA3", "C", "CA", "CB"}) {
+    const auto it = conversion.taken.find(atom);
+    if (it != conversion.taken.end()) taken += std::string(", ") + atom + " " + std::to_string(it->second);
+  }
+  lines.push_back("Taken: " + std::to_string(conversion.rows.size()) + " shifts" +
+                  (taken.empty() ? "" : " (" + taken.substr(2) + ")") + " of " +
+                  std::to_string(conversion.sequence.size()) + " residues, first residue " +
+                  std::to_string(conversion.firstResid));
+  for (const auto& [change, count] : conversion.renamed)
+    renamed += ", " + change + " (" + std::to_string(count) + ")";
+  if (!renamed.empty()) lines.push_back("Renamed: " + renamed.substr(2));
+  for (const auto& [reason, count] : conversion.skipped) {
+    lines.push_back("Skipped: " + std::to_string(count) + " shifts " + reason);
+  }
+  for (const std::string& hint : conversion.hints) lines.push_back("Hint: " + hint);
+  return lines;
+}
+
+}  // namespace convert

@@ -1,0 +1,155 @@
+// Companion of the training kit: writes the network inputs that the program itself prepares, so that training
+// and prediction can never differ.
+//
+//   orbeln-dump inputs LIST   residue vectors of the phi/psi and secondary-structure networks
+//   orbeln-dump chi1 LIST     fragments handed to the chi1 networks by the second search pass
+//
+// LIST holds one job a line: INPUT.tab OUTPUT.tsv [options as for orbeln]. The installation is found as by
+// orbeln (ORBELN_DIR or -orbelnDir); the triplet library is read once.
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <iostream>
+#include <memory>
+#include <sstream>
+
+#include "driver/ORBEL.h"
+#include "driver/command_line.h"
+#include "driver/maps.h"
+#include "tables/text.h"
+
+namespace {
+
+struct Job {
+  std::string input, output;
+  std::vector<std::string> options;
+};
+
+std::vector<Job> readJobs(const char* path) {
+  std::ifstream list(path);
+  if (!list) {
+    std::cerr << "orbeln-dump: can't open job list " << path << "\n";
+    std::exit(1);
+  }
+  std::vector<Job> jobs;
+  std::string line;
+  for (int number = 1; std::getline(list, line); ++number) {
+    std::istringstream words(line);
+    Job job;
+    if (!(words >> job.input)) continue;
+    if (!(words >> job.output)) {
+      std::cerr << "orbeln-dump: " << path << ":" << number << ": expected INPUT OUTPUT [options]\n";
+      std::exit(1);
+    }
+    for (std::string word; words >> word;) job.options.push_back(word);
+    jobs.push_back(std::move(job));
+  }
+  return jobs;
+}
+
+std::unique_ptr<ORBEL> configure(const Job& job) {
+  auto run = std::make_unique<ORBEL>();
+  std::vector<std::string> words = {"orbeln-dump"};
+  words.insert(words.end(), job.options.begin(), job.options.end());
+  std::vector<char*> argv;
+  for (std::string& word : words) argv.push_back(word.data());
+  run->setArgs(parseCommandLine(static_cast<int>(argv.size()), argv.data(), *run).options);
+  run->inputFile = job.input;  // not through -in: paths may hold hyphens
+  run->predPrefix = job.output + ".";
+  return run;
+}
+
+/// Stages up to the residue vectors.
+void prepare(ORBEL& run, std::shared_ptr<const TripletLibrary>& library) {
+  run.init();
+  run.getResInfo();
+  std::remove((run.predPrefix + "AdjCS.tab").c_str());
+  if (library == nullptr) {
+    library = std::make_shared<TripletLibrary>(
+        readTripletLibrary(run.tabDir + run.pathSeparator + "orbel_obsCS.tab", run.atomNames));
+  }
+  if (run.exclusionList.empty()) {
+    run.tripletLibrary = library;
+  } else {
+    auto reduced = std::make_shared<TripletLibrary>(*library);
+    excludeSources(*reduced, run.exclusionList);
+    run.tripletLibrary = std::move(reduced);
+  }
+}
+
+void appendNumbers(std::string& line, const double* values, std::size_t count) {
+  for (std::size_t i = 0; i < count; ++i) line += '\t' + ORBEL::cellText(values[i]);
+}
+
+void dumpInputs(ORBEL& run, std::ostream& out) {
+  run.prepareResidueInputs();
+  for (const auto& [resid, inputs] : run.annResidueInputs) {
+    std::string line = std::to_string(resid) + '\t' + valueOr(run.sequence, resid) + '\t' +
+                       std::to_string(valueOr(run.missingCount, resid));
+    appendNumbers(line, inputs.data(), inputs.size());
+    const auto& shifts = run.secondaryShift[static_cast<std::size_t>(resid - run.firstResidOption)];
+    appendNumbers(line, shifts.data(), shifts.size());
+    out << line << '\n';
+  }
+}
+
+void dumpFragments(const ORBEL& run, int resid, std::ostream& out) {
+  CandidateMap fragments = valueOr(run.firstPassSameType, resid);
+  run.selectChi1Fragments(resid, fragments);
+  int rank = 0;
+  for (const auto& [key, entry] : fragments) {
+    std::string line = std::to_string(resid) + '\t' + valueOr(run.sequence, resid) + '\t' +
+                       std::to_string(++rank) + '\t' + std::to_string(entry) + '\t' +
+                       run.fragmentDatabase->source(entry) + '\t' +
+                       ORBEL::cellText(static_cast<double>(run.fragmentDatabase->angles(entry)[2]));
+    const std::vector<double> input = run.chi1NetworkInput(resid, entry);
+    appendNumbers(line, input.data(), input.size());
+    out << line << '\n';
+  }
+}
+
+/// Both search passes; a residue's fragments are taken just before its own second pass, as the pass does.
+void dumpChi1(ORBEL& run, std::ostream& out) {
+  run.runABP_Prediction();
+  std::remove((run.predPrefix + "ABP.tab").c_str());
+  run.buildSearchPrior();
+  run.loadDatabase();
+  run.buildSourceIndex();
+  run.runFirstPass();
+  for (int resid = run.firstResidOption; resid <= run.lastResidOption; ++resid) {
+    if (!run.isSearchable(resid) || !run.checkCSCompleteness(resid)) continue;
+    dumpFragments(run, resid, out);
+    run.searchDB2(resid, run.firstPassMatches[resid], run.firstPassSameType[resid]);
+    if (valueOr(run.predCount, resid) < run.topCount) run.storeConsensus(resid);
+  }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const std::string mode = argc == 3 ? argv[1] : "";
+  if (mode != "inputs" && mode != "chi1") {
+    std::cerr << "Usage: orbeln-dump inputs|chi1 LIST\n"
+                 "LIST: one job a line, INPUT.tab OUTPUT.tsv [options as for orbeln]\n";
+    return 1;
+  }
+  // The stages report on standard output; the dump goes to files.
+  if (std::freopen("/dev/null", "w", stdout) == nullptr) return 1;
+  std::shared_ptr<const TripletLibrary> library;
+  for (const Job& job : readJobs(argv[2])) {
+    const auto run = configure(job);
+    prepare(*run, library);
+    std::ofstream out(job.output);
+    if (mode == "inputs") {
+      dumpInputs(*run, out);
+    } else {
+      dumpChi1(*run, out);
+    }
+    out.close();
+    if (!out) {
+      std::cerr << "orbeln-dump: can't write " << job.output << "\n";
+      return 1;
+    }
+  }
+  return 0;
+}

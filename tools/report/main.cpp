@@ -1,0 +1,10 @@
+// Entry point of orbeln-report.
+#include <iostream>
+#include <string>
+#include <vector>
+
+#include "report/program.h"
+
+int main(int argc, char** argv) {
+  return report::runProgram(std::vector<std::string>(argv + 1, argv + argc), std::cout, std::cerr);
+}

@@ -1,0 +1,135 @@
+#!/usr/bin/python3
+"""Builds an installation (a folder of tables) from the paired data: python3 build.py --help"""
+
+import argparse
+import os
+import time
+
+import numpy as np
+import torch
+
+import boxes
+import chi1
+import database
+import inputs as input_tables
+import reference_tables
+import sequence
+import settings
+import structure
+from networks import evaluate_layers
+from paired import assign_folds, read_training
+from write_tables import read_level, write_level
+
+QUICK_PROTEINS = 40
+STAGES = ("reference", "inputs", "boxes", "structure", "sequence", "chi1")
+
+
+class Cache:
+    """Results of finished stages, one file each; delete a file (or the folder) to run its stage again."""
+
+    def __init__(self, folder):
+        self.folder = folder
+        os.makedirs(folder, exist_ok=True)
+
+    def get(self, name, make):
+        path = os.path.join(self.folder, name + ".pt")
+        if os.path.exists(path):
+            return torch.load(path)
+        start = time.time()
+        print(f"{name} ...", flush=True)
+        result = make()
+        torch.save(result, path)
+        print(f"{name}: {time.time() - start:.0f} s", flush=True)
+        return result
+
+
+def write_checked(tab, name, level, layers, remark):
+    """Writes one level and compares the written tables with the layers on random inputs."""
+    write_level(tab, name, level, layers, remark)
+    stored = read_level(tab, name, level, len(layers[0][0]))
+    x = np.random.default_rng(0).standard_normal((32, layers[0][0].shape[2]))
+    wanted, got = evaluate_layers(layers, x), evaluate_layers(stored, x)
+    worst = np.abs(wanted - got).max() / max(1.0, np.abs(wanted).max())
+    if worst > 5e-3:
+        raise RuntimeError(f"{name} level {level}: written tables differ by {worst:.2g} of the largest output")
+
+
+def build_boxes(data, folds, cache, tab):
+    weights = boxes.box_weights()
+    windows = boxes.BoxWindows(data, "surf20")
+    fold_model = cache.get("surf20-folds", lambda: boxes.train_level1(
+        windows, settings.BOX_FOLD_EPOCHS, "surf20 folds", folds))
+    level1 = cache.get("surf20-level1", lambda: boxes.train_level1(windows, settings.BOX_EPOCHS, "surf20 level 1"))
+    level2 = cache.get("surf20-level2", lambda: boxes.train_level2(
+        windows, fold_model, folds, settings.BOX_LEVEL2_EPOCHS))
+    hybrid = cache.get("surf20-hyb", lambda: boxes.train_level1(
+        boxes.BoxWindows(data, "surf20_hyb"), settings.HYBRID_EPOCHS, "surf20_hyb"))
+    remark = "Phi/psi box network, output times box weight = exp(-d^2/2), d in boxes."
+    write_checked(tab, "surf20", 1, level1.layers(weights), remark)
+    write_checked(tab, "surf20", 2, level2.layers(weights), remark)
+    write_checked(tab, "surf20_hyb", 1, hybrid.layers(weights), remark)
+
+
+def build_structure(data, folds, cache, tab):
+    """All shift-based networks; returns the out-of-fold combined prediction as context of the sequence network."""
+    held_out = {}
+    for number, name in enumerate(structure.NETWORKS):
+        level1, level2, held_out[name] = cache.get(name, lambda: structure.train_network(
+            data, name, folds, settings.SEED + number))
+        remark = "Secondary structure from shifts; outputs helix, strand, coil."
+        write_checked(tab, name, 1, level1, remark)
+        write_checked(tab, name, 2, level2, remark)
+    return structure.normalised(0.5 * (held_out["ss"] + held_out["ss5"]))
+
+
+def build_sequence(data, folds, context, cache, tab):
+    for number, name in enumerate(sequence.NETWORKS):
+        level1, level2 = cache.get(name, lambda: sequence.train_network(
+            data, name, folds, context if name == "seqSS" else None, settings.SEED + 100 + number))
+        remark = "Secondary structure from sequence; outputs helix, strand, coil."
+        write_checked(tab, name, 1, level1, remark)
+        write_checked(tab, name, 2, level2, remark)
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("--paired", required=True, help="folder of train.tsv.xz, train-more.tsv.xz, proteins*.tsv")
+    parser.add_argument("--out", required=True, help="installation folder; the tables go to its tab/")
+    parser.add_argument("--cache", required=True, help="folder of the stages' results")
+    parser.add_argument("--dump", required=True, help="path of the built orbeln-dump")
+    parser.add_argument("--stages", default=",".join(STAGES), help="stages to run, default all: %(default)s")
+    parser.add_argument("--threads", type=int, default=settings.THREADS, help="threads of one process")
+    parser.add_argument("--quick", action="store_true", help="a few proteins and one epoch each: a test of the kit")
+    options = parser.parse_args()
+    stages = options.stages.split(",")
+    torch.set_num_threads(options.threads)
+    tab, cache = os.path.join(options.out, "tab"), Cache(options.cache)
+    home, tool = os.path.abspath(options.out), os.path.abspath(options.dump)
+
+    proteins = read_training(options.paired)
+    if options.quick:
+        proteins = proteins[:QUICK_PROTEINS]
+        for name in [name for name in vars(settings) if name.endswith("_EPOCHS")]:
+            setattr(settings, name, 1)
+    if "reference" in stages:
+        reference = reference_tables.write_reference_tables(proteins, tab)
+        print("database records, triplets:", database.write_libraries(tab, proteins, reference))
+    reference = reference_tables.fit_reference(proteins)
+    protein_folds = np.array(assign_folds(proteins, settings.FOLDS, settings.SEED))
+    if {"inputs", "boxes", "structure", "sequence"} & set(stages):
+        data = input_tables.prepare(proteins, tool, home, os.path.abspath(options.cache))
+        folds = protein_folds[data.chain]
+    if "boxes" in stages:
+        build_boxes(data, folds, cache, tab)
+    if {"structure", "sequence"} & set(stages):
+        context = build_structure(data, folds, cache, tab)
+    if "sequence" in stages:
+        build_sequence(data, folds, context, cache, tab)
+    if "chi1" in stages:
+        five = np.array(assign_folds(proteins, settings.CHI1_FOLDS, settings.SEED + 1))
+        candidates = chi1.dump_candidates(proteins, five, reference, tool, home, os.path.abspath(options.cache))
+        chi1.train_all(proteins, five, candidates, options.cache, tab)
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,187 @@
+"""Training of the chi1 fragment networks and of their calibration table chi1.tab."""
+
+import math
+import os
+
+import numpy as np
+import torch
+
+import database
+import settings
+from inputs import cluster_mates, mask, run_dump, write_input
+from networks import Ensemble, evaluate_layers, member_mse, standardisation, train
+from textables import write_table
+from write_tables import write_level
+
+HIDDEN = 15
+BINS = 11
+SCORES_PER_ROTAMER = 10
+FEWEST_SCORES = 3
+ROTAMERS = ("g-", "g+", "t")
+VARIANTS = ("observed", "random_light")
+
+
+def rotamer(chi1):
+    """0 g-, 1 g+, 2 t, -1 unknown (nan or above 999)."""
+    chi1 = np.asarray(chi1, float)
+    result = np.where((chi1 > -120.0) & (chi1 <= 0.0), 0, np.where((chi1 > 0.0) & (chi1 <= 120.0), 1, 2))
+    return np.where(np.isnan(chi1) | (chi1 > 999.0), -1, result)
+
+
+def write_placeholders(tab):
+    """Networks of zeros where none are written yet: the second pass evaluates them, their scores are not used."""
+    for letter in settings.CHI1_TYPES:
+        if not os.path.exists(os.path.join(tab, f"chi1_{letter}.level1.WI.tab")):
+            layers = [(np.zeros((3, n, m)), np.zeros((3, n))) for n, m in ((39, 39), (HIDDEN, 39), (1, HIDDEN))]
+            write_level(tab, f"chi1_{letter}", 1, layers, "Placeholder")
+
+
+def dump_candidates(proteins, folds, reference, tool, home, folder):
+    """Candidate fragments of every protein as the second pass hands them to the chi1 networks: query row, fragment
+    chi1, inputs. Each fold searches a database without its own homology clusters. Cached in chi1.npz."""
+    cache = os.path.join(folder, "chi1.npz")
+    if not os.path.exists(cache):
+        work = os.path.join(folder, "chi1")
+        os.makedirs(work, exist_ok=True)
+        write_placeholders(os.path.join(home, "tab"))
+        for fold in range(settings.CHI1_FOLDS):
+            own = {protein.name for protein, f in zip(proteins, folds) if f == fold}
+            database.write_database(os.path.join(work, f"fold{fold}.tab"), proteins, reference, own)
+        mates = cluster_mates(proteins)
+        parts = [[], [], []]
+        order = np.random.default_rng(settings.SEED).permutation(len(proteins))[:settings.CHI1_PROTEINS]
+        start = np.cumsum([0] + [len(protein) for protein in proteins])
+        for begin in range(0, len(order), 40):
+            jobs, outputs = [], []
+            for chain in order[begin:begin + 40]:
+                protein = proteins[chain]
+                stem = os.path.join(work, protein.name)
+                write_input(stem + ".tab", protein, mask(protein, VARIANTS[chain % len(VARIANTS)]))
+                jobs.append(f"{stem}.tab {stem}.tsv -db {work}/fold{folds[chain]}.tab "
+                            f"-excl {','.join(mates[protein.name])}")
+                outputs.append((chain, stem + ".tsv"))
+            run_dump(tool, "chi1", jobs, home, work)
+            for chain, path in outputs:
+                _read_candidates(path, proteins[chain], start[chain], parts)
+                os.remove(path)
+        np.savez(cache, query=np.concatenate(parts[0]), chi1=np.concatenate(parts[1]), x=np.concatenate(parts[2]))
+    with np.load(cache) as data:
+        return data["query"], data["chi1"], data["x"]
+
+
+def _read_candidates(path, protein, start, parts):
+    """Appends (query row, fragment chi1, 39 inputs) of one dump file."""
+    rows = {number: start + k for k, number in enumerate(protein.resid)}
+    query, numbers = [], []
+    with open(path) as handle:
+        for line in handle:
+            words = line.rstrip("\n").split("\t", 5)
+            row = rows.get(int(words[0]))
+            if row is not None:
+                query.append(row)
+                numbers.append(words[5])
+    if query:
+        table = np.array("\t".join(numbers).split("\t"), np.float32).reshape(len(query), 40)
+        parts[0].append(np.array(query))
+        parts[1].append(table[:, 0])
+        parts[2].append(table[:, 1:])
+
+
+def _batches(x, y, rng):
+    def run():
+        order = rng.permutation(len(x))
+        for begin in range(0, len(order) - settings.BATCH + 1, settings.BATCH):
+            index = order[begin:begin + settings.BATCH]
+            yield torch.from_numpy(x[index]), torch.from_numpy(y[index])
+    return run
+
+
+def rotamer_means(query, chi1, score):
+    """Per query the mean of the (up to) ten smallest scores of each rotamer, 1 where fewer than three; with the
+    queries. Mirrors the program's use of the scores."""
+    names = rotamer(chi1)
+    keep = names >= 0
+    query, names, score = query[keep], names[keep], score[keep]
+    order = np.lexsort((score, query))
+    query, names, score = query[order], names[order], score[order]
+    unique, begin = np.unique(query, return_index=True)
+    means = np.ones((len(unique), 3))
+    for k, (low, high) in enumerate(zip(begin, list(begin[1:]) + [len(query)])):
+        for state in range(3):
+            best = score[low:high][names[low:high] == state][:SCORES_PER_ROTAMER]
+            if len(best) >= FEWEST_SCORES:
+                means[k, state] = best.mean()
+    return unique, means
+
+
+def bins(means):
+    """Bin of a rotamer mean: 10 above 1, 0 below 0, else the integer part of ten times the mean."""
+    return np.clip((10.0 * np.clip(means, 0.0, 1.0)).astype(int), 0, 10)
+
+
+def calibrate(slots, truth, pooled=None):
+    """Weights of the eleven bins, largest 1: conditional logit of the true rotamer, smoothed along the bins and drawn
+    towards the weights of all types together."""
+    logits = torch.zeros(BINS, requires_grad=True)
+    anchor = torch.zeros(BINS) if pooled is None else torch.as_tensor(np.log(pooled)).float()
+    slots, truth = torch.from_numpy(slots), torch.from_numpy(truth)
+    optimiser = torch.optim.LBFGS([logits], max_iter=200, line_search_fn="strong_wolfe")
+
+    def closure():
+        optimiser.zero_grad()
+        loss = torch.nn.functional.cross_entropy(logits[slots], truth, reduction="sum")
+        rise = torch.relu(logits[1:] - logits[:-1])
+        loss = loss + 2.0 * ((logits[1:] - logits[:-1]) ** 2).sum() + 50.0 * (rise ** 2).sum()
+        centred = (logits - logits.mean()) - (anchor - anchor.mean())
+        loss = loss + (5.0 if pooled is not None else 0.05) * (centred ** 2).sum()
+        loss.backward()
+        return loss
+
+    optimiser.step(closure)
+    values = logits.detach().double().numpy()
+    return np.exp(values - values.max())
+
+
+def train_all(proteins, folds, candidates, folder, tab):
+    """Trains the 17 networks on four fifths of the clusters, calibrates on the held fifth, writes all tables."""
+    query, chi1, x = candidates
+    code = "".join("".join(protein.code) for protein in proteins).upper()
+    own_chi1 = np.concatenate([protein.chi1 for protein in proteins])
+    fold = np.repeat(folds, [len(protein) for protein in proteins])
+    letters = np.frombuffer(code.encode(), np.uint8)
+    truth_state = rotamer(own_chi1)
+    held = {}
+    for number, letter in enumerate(settings.CHI1_TYPES):
+        mine = (letters[query] == ord(letter)) & (truth_state[query] >= 0) & (rotamer(chi1) >= 0)
+        target = (rotamer(chi1) != truth_state[query]).astype(np.float32)[:, None]
+        fit = mine & (fold[query] != 0)
+        rng = np.random.default_rng(settings.SEED + number)
+        centre, scale = standardisation(x[fit])
+        model = Ensemble(3, 39, HIDDEN, 1, centre, scale, settings.SEED + number)
+        steps = max(1, int(fit.sum()) // settings.BATCH)
+        train(model, _batches(x[fit], target[fit], rng), lambda net, a, b: member_mse(net(a), b),
+              settings.CHI1_EPOCHS, steps, f"chi1_{letter}")
+        layers = model.layers()
+        write_level(tab, f"chi1_{letter}", 1, layers,
+                    "Chi1 fragment score of residue type %s: near 0 same rotamer, near 1 another." % letter)
+        test = mine & (fold[query] == 0)
+        score = evaluate_layers(layers, x[test].astype(float)).mean(axis=0)[:, 0]
+        queries, means = rotamer_means(query[test], chi1[test], score)
+        held[letter] = (bins(means), truth_state[queries])
+    pooled = calibrate(np.concatenate([item[0] for item in held.values()]),
+                       np.concatenate([item[1] for item in held.values()]))
+    rows, summary = [], []
+    for letter in settings.CHI1_TYPES:
+        slots, truth = held[letter]
+        weights = calibrate(slots, truth, pooled)
+        rows.append((letter, *weights))
+        chance = weights[slots]
+        chance /= chance.sum(axis=1, keepdims=True)
+        called = chance.max(axis=1) >= 0.6
+        right = (chance.argmax(axis=1) == truth)[called].mean() if called.any() else math.nan
+        summary.append(f"{letter}: {100 * called.mean():.0f} % called, {100 * right:.0f} % right")
+    print("  chi1 on the held fifth: " + "; ".join(summary), flush=True)
+    write_table(os.path.join(tab, "chi1.tab"), ("RESNAME",) + tuple(str(k) for k in range(BINS)),
+                ("%-3s",) + ("%8.5f",) * BINS, rows,
+                ("Weight of a rotamer by the bin (tenths) of its mean chi1 score, per residue type.",
+                 "Conditional logit fit on proteins held out of the network training."))

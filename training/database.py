@@ -1,0 +1,70 @@
+"""Fragment database orbel.tab and triplet library orbel_obsCS.tab from observed secondary shifts."""
+
+import os
+
+import numpy as np
+
+import settings
+from paired import box_of
+from textables import write_table
+
+ATOMS = settings.ATOMS
+
+
+def write_database(path, proteins, reference, leave_out=()):
+    """Records of every residue with phi and psi; a residue without them is left out, so that its number is a gap.
+    Negative numbering is moved up to start at 1. Returns the number of records."""
+    count = 0
+    with open(path, "w") as handle:
+        handle.write("# source type number phi psi chi1 box, then value and scale of N HA C CA CB HN (ppm);"
+                     " scale 0 = missing\n")
+        for protein in proteins:
+            if protein.name in leave_out:
+                continue
+            secondary = reference.secondary(protein)
+            offset = 1 - protein.resid[0] if protein.resid[0] < 0 else 0
+            for k, number in enumerate(protein.resid):
+                phi, psi, chi1 = protein.phi[k], protein.psi[k], protein.chi1[k]
+                if not (np.isfinite(phi) and np.isfinite(psi)):
+                    continue
+                pairs = " ".join(
+                    "%.2f %g" % (value, settings.DATABASE_SCALES[atom]) if np.isfinite(value) else "0 0"
+                    for atom, value in zip(ATOMS, secondary[k]))
+                handle.write("%s %s %d %.1f %.1f %.1f %d %s\n" % (
+                    protein.name, protein.code[k].upper(), number + offset, phi, psi,
+                    chi1 if np.isfinite(chi1) else 9999.0, box_of(phi, psi), pairs))
+                count += 1
+    return count
+
+
+def write_triplets(path, proteins, reference, leave_out=()):
+    """The most complete triplets of consecutive residues; ties keep file order. Returns the number of rows."""
+    rows = []
+    for protein in proteins:
+        if protein.name in leave_out:
+            continue
+        secondary = reference.secondary(protein)
+        for k in range(1, len(protein) - 1):
+            if protein.resid[k + 1] - protein.resid[k - 1] != 2:
+                continue
+            window = secondary[k - 1:k + 2]
+            present = np.isfinite(window).sum(axis=1)
+            # The centre counts most: its shifts are what the averages are made of.
+            rank = 2 * present[1] + present[0] + present[2]
+            if present[1] >= 2:
+                values = np.where(np.isfinite(window), window, 9999.0).ravel()
+                rows.append((-rank, len(rows), protein.name, *protein.code[k - 1:k + 2], *values))
+    rows.sort(key=lambda row: row[:2])
+    rows = sorted(rows[:settings.LIBRARY_ROWS], key=lambda row: row[1])
+    names = ("RESNAME_R1", "RESNAME_R2", "RESNAME_R3")
+    columns = ("SOURCE",) + names + tuple(f"{atom}_R{p}" for p in (1, 2, 3) for atom in ATOMS)
+    write_table(path, columns, ("%s",) + ("%s",) * 3 + ("%.3f",) * 18, [row[2:] for row in rows],
+                ("Secondary shifts (ppm) of triplets of consecutive residues; 9999 = missing.",))
+    return len(rows)
+
+
+def write_libraries(folder, proteins, reference, leave_out=()):
+    """Both libraries under their installation names."""
+    os.makedirs(folder, exist_ok=True)
+    return (write_database(os.path.join(folder, "orbel.tab"), proteins, reference, leave_out),
+            write_triplets(os.path.join(folder, "orbel_obsCS.tab"), proteins, reference, leave_out))

@@ -1,0 +1,121 @@
+"""Ensembles of the program's three-layer perceptrons, trained side by side as one batched model."""
+
+import math
+
+import numpy as np
+import torch
+from torch import nn
+
+import settings
+
+
+class Ensemble(nn.Module):
+    """Members of one network level: a square tanh layer, a tanh hidden layer and a linear output layer each.
+
+    Inputs are standardised with fixed means and scales, and outputs are in the units of the training target; both are
+    folded into the weights by `layers`, so that the written network takes raw inputs.
+    """
+
+    def __init__(self, members, inputs, hidden, outputs, centre=None, scale=None, seed=settings.SEED):
+        super().__init__()
+        torch.manual_seed(seed)
+        self.register_buffer("centre", torch.zeros(inputs) if centre is None else torch.as_tensor(centre).float())
+        self.register_buffer("scale", torch.ones(inputs) if scale is None else torch.as_tensor(scale).float())
+        shapes = ((inputs, inputs), (inputs, hidden), (hidden, outputs))
+        self.weights = nn.ParameterList(nn.Parameter(torch.randn(members, m, n) / math.sqrt(m)) for m, n in shapes)
+        self.biases = nn.ParameterList(nn.Parameter(torch.zeros(members, 1, n)) for _, n in shapes)
+
+    def forward(self, x):
+        """x: batch x inputs, or members x batch x inputs. Returns members x batch x outputs."""
+        x = (x - self.centre) / self.scale
+        if x.dim() == 2:
+            x = x.expand(self.weights[0].shape[0], -1, -1)
+        x = torch.tanh(torch.baddbmm(self.biases[0], x, self.weights[0]))
+        x = torch.tanh(torch.baddbmm(self.biases[1], x, self.weights[1]))
+        return torch.baddbmm(self.biases[2], x, self.weights[2])
+
+    def layers(self, output_divisor=None):
+        """[(weights, biases)] of the three layers, members x units x inputs and members x units, for raw inputs.
+        `output_divisor` (one per output) turns the trained output into the network's own units."""
+        arrays = [(w.detach().double().numpy().transpose(0, 2, 1).copy(), b.detach().double().numpy()[:, 0].copy())
+                  for w, b in zip(self.weights, self.biases)]
+        centre, scale = self.centre.double().numpy(), self.scale.double().numpy()
+        weight, bias = arrays[0]
+        bias -= (weight * (centre / scale)).sum(axis=2)
+        weight /= scale
+        if output_divisor is not None:
+            weight, bias = arrays[2]
+            weight /= output_divisor[:, None]
+            bias /= output_divisor
+        return arrays
+
+
+def evaluate_layers(layers, x):
+    """Reference evaluation in double precision, members x rows x outputs; x as in Ensemble.forward."""
+    for k, (weight, bias) in enumerate(layers):
+        x = np.matmul(x, weight.transpose(0, 2, 1)) + bias[:, None, :]
+        if k < 2:
+            x = np.tanh(x)
+    return x
+
+
+def confidence_mean(outputs):
+    """Mean of 3-class member outputs weighted by largest minus second largest value (members x rows x 3)."""
+    ordered = np.sort(outputs, axis=2)
+    weight = np.maximum(ordered[:, :, 2] - ordered[:, :, 1], 1e-12)[:, :, None]
+    return (outputs * weight).sum(axis=0) / weight.sum(axis=0)
+
+
+def standardisation(x):
+    """Mean and spread per input; inputs that hardly vary keep the scale 1."""
+    centre, scale = x.mean(axis=0), x.std(axis=0)
+    return centre, np.where(scale > 1e-3, scale, 1.0)
+
+
+def train(model, batches, loss, epochs, steps, name, rate=settings.LEARNING_RATE):
+    """AdamW with cosine decay. `batches()` yields the argument tuples of one epoch, `loss(model, *batch)` is
+    minimised; `steps` is the number of batches per epoch."""
+    optimiser = torch.optim.AdamW(model.parameters(), lr=rate, weight_decay=settings.WEIGHT_DECAY)
+    schedule = torch.optim.lr_scheduler.OneCycleLR(optimiser, rate, total_steps=epochs * steps, pct_start=0.03,
+                                                   cycle_momentum=False, div_factor=10.0, final_div_factor=1e3)
+    done = 0
+    for epoch in range(epochs):
+        total = 0.0
+        count = 0
+        for batch in batches():
+            if done >= epochs * steps:
+                break
+            value = loss(model, *batch)
+            optimiser.zero_grad(set_to_none=True)
+            value.backward()
+            optimiser.step()
+            schedule.step()
+            total += float(value.detach())
+            count += 1
+            done += 1
+        if epoch % 10 == 9 or epoch == epochs - 1:
+            print(f"  {name}: epoch {epoch + 1}/{epochs}, loss {total / max(count, 1):.4f}", flush=True)
+    return model
+
+
+def member_mse(output, target, share=None):
+    """Sum over members of the squared error per sample (summed over outputs); `share` (members x batch) is the
+    weight of a sample for a member, 0 for its held-out fold."""
+    error = ((output - target) ** 2).sum(dim=2)
+    if share is None:
+        return error.mean(dim=1).sum()
+    return ((error * share).sum(dim=1) / share.sum(dim=1).clamp(min=1.0)).sum()
+
+
+def hold_out_shares(folds, members):
+    """members x samples: 1 where the sample's fold is not held out by the member (member k holds out fold
+    k modulo FOLDS)."""
+    held = torch.arange(members)[:, None] % settings.FOLDS
+    return (torch.as_tensor(folds)[None, :] != held).float()
+
+
+def shuffled(count, batch, generator):
+    """Index batches of one epoch, the incomplete last one dropped."""
+    order = generator.permutation(count)
+    for start in range(0, count - batch + 1, batch):
+        yield order[start:start + batch]

@@ -1,0 +1,80 @@
+"""All settings of the training kit in one place."""
+
+# Atom order of every table, vector and loop.
+ATOMS = ("N", "HA", "C", "CA", "CB", "HN")
+# Order of the six shift pairs in the network's residue vector.
+VECTOR_ATOMS = ("HN", "N", "HA", "C", "CA", "CB")
+AMINO_ACIDS = "ACDEFGHIKLMNPQRSTVWY"
+# One-letter codes with rows of their own: c is an oxidised (disulfide-bonded) cysteine, C a reduced one.
+RESIDUE_CODES = "ACDEFGHIKLMNPQRSTVWYc"
+
+SEED = 20260101
+THREADS = 2
+PROCESSES = 2
+
+# Proteins left out: 3WRPA is a near-duplicate of 2WRPR, which has two more nuclei.
+EXCLUDED_PROTEINS = ("3WRPA",)
+# A numbering step above this is a jump of the numbering, not that many missing residues.
+LARGEST_GAP = 60
+JUMP_REPLACEMENT = 10
+
+# --- reference tables -------------------------------------------------------------------------
+COIL_CLASSES = ("-", "T", "S")
+TRIM = 0.10  # cut from either end before a mean
+ADJUSTMENT_PRIOR = 10.0  # a mean over n residues is multiplied by n / (n + prior)
+NEIGHBOUR_PRIOR = 25.0
+BACKFITTING_ROUNDS = 4
+LIMIT_PERCENTILES = (0.3, 99.7)
+LIMIT_PRIOR = 30.0
+
+# Triplet distance: relative weight of the outer residues, cost of a missing shift in variances,
+# weight of the squared homology distance at the three positions.
+# The program averages triplets below a distance of 200; scaled so, the ten nearest of nearly every query qualify.
+TRIPLET_SCALE = 12.0
+TRIPLET_OUTER_WEIGHT = 0.35
+TRIPLET_MISSING_COST = 1.16
+TRIPLET_HOMOLOGY = (0.12, 0.20, 0.12)
+
+# --- fragment database and triplet library -------------------------------------------------------
+DATABASE_SCALES = {"N": 2.3, "HA": 0.23, "C": 1.0, "CA": 0.95, "CB": 1.1, "HN": 0.45}
+LIBRARY_ROWS = 24000
+
+# --- input variants: which shifts a training copy of a protein keeps ---------------------------------
+# name: (mask, weight for surf20, weight for the hybrid network, weight for the structure networks)
+VARIANTS = {
+    "observed": (2.0, 0.5, 2.0),
+    "random_light": (1.0, 0.5, 1.0),
+    "random_light2": (1.0, 0.5, 1.0),
+    "random_heavy": (0.7, 1.0, 1.0),
+    "no_proton": (0.0, 3.0, 0.0),
+    "no_proton_random": (0.0, 1.5, 0.0),
+    "no_ha_hn": (0.7, 0.5, 0.7),
+    "nuclei": (1.0, 0.7, 1.0),
+    "nuclei2": (1.0, 0.7, 1.0),
+    "ca_cb_n_hn": (1.0, 0.7, 1.0),
+    "sparse": (0.3, 1.5, 0.5),
+}
+
+# --- networks ---------------------------------------------------------------------------------
+FOLDS = 3
+BATCH = 1024
+LEARNING_RATE = 2e-3
+WEIGHT_DECAY = 0.02
+# Noise on the inputs, ppm: an offset per window and nucleus, and a share of the nucleus's spread per value.
+OFFSET_NOISE = {"HN": 0.05, "N": 0.3, "HA": 0.03, "C": 0.2, "CA": 0.2, "CB": 0.2}
+VALUE_NOISE = 0.10
+
+BOX_EPOCHS = 200
+BOX_FOLD_EPOCHS = 80
+BOX_LEVEL2_EPOCHS = 6
+BOX_LEVEL2_RATE = 5e-4
+HYBRID_EPOCHS = 200
+HYBRID_ABSENT = 0.08  # share of windows whose outer residues are made absent
+SS_EPOCHS = 90
+SS_LEVEL2_EPOCHS = 20
+SEQ_EPOCHS = 10
+SEQ_LEVEL2_EPOCHS = 10
+CHI1_EPOCHS = 8
+CHI1_TYPES = "CDEFHIKLMNQRSTVWY"
+CHI1_FOLDS = 5
+CHI1_PROTEINS = 400  # at most; fewer save time
