@@ -34,10 +34,12 @@ debug-test: deps ## run every test with AddressSanitizer and UndefinedBehaviorSa
 	@cmake --build --preset debug
 	@ctest --preset debug --parallel 2
 
-bench: deps ## build and run the benchmarks
+bench: deps ## build and run the benchmarks (about 5 minutes, 450 MB in build/bench), write docs/PERFORMANCE.md
 	@cmake --preset bench
 	@cmake --build --preset bench
-	@set -e; for b in $$(find build/bench/bench -maxdepth 1 -type f -executable); do $$b; done
+	build/bench/bench/orbeln_bench --benchmark_out=build/bench/benchmark.json --benchmark_out_format=json
+	@command -v python3 >/dev/null || { echo "python3 is needed to write docs/PERFORMANCE.md" >&2; exit 1; }
+	@scripts/performance.py build/bench/benchmark.json docs/PERFORMANCE.md
 
 format: ## reformat every source file
 	@clang-format -i $(SOURCES)

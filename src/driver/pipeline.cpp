@@ -80,7 +80,13 @@ void ORBEL::loadDatabase() {
   fragmentDatabase = std::make_unique<DB>();
   fragmentDatabase->setMaxDBSize(kDatabaseCapacity);
   fragmentDatabase->loadDB(databaseFile);
-  if (!hidePaths) std::cout << fragmentDatabase->entryCount << " Residues Read" << std::endl;
+  if (hidePaths) return;
+  std::cout << fragmentDatabase->entryCount << " Residues Read" << std::endl;
+  if (fragmentDatabase->incompleteRecords > 0) {
+    std::cerr << "Warning:: Database " << databaseFile << ": " << fragmentDatabase->incompleteRecords
+              << " incomplete records (first: line " << fragmentDatabase->firstIncompleteLine
+              << "), their missing fields are left out of the search" << std::endl;
+  }
 }
 
 /// Source number -> first and last entry. Number 0 is a placeholder; the search walks 1 to sourceCount - 1,

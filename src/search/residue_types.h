@@ -3,18 +3,12 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <string>
 
 /// Oxidised cysteine and the alternative histidine code count as the common type.
 constexpr char foldedCode(char code) {
   if (code == 'c') return 'C';
   if (code == 'h') return 'H';
   return code;
-}
-
-/// Folded code of a sequence entry: texts of other lengths stay as they are.
-inline std::string foldedCode(const std::string& code) {
-  return code.size() == 1 ? std::string(1, foldedCode(code[0])) : code;
 }
 
 /// Alanine and glycine have no chi1, that of proline is bound by its ring.

@@ -2,8 +2,10 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstdlib>
 #include <iostream>
 
+#include "ann/residue_vectors.h"
 #include "driver/ORBEL.h"
 #include "driver/maps.h"
 #include "search/class_rule.h"

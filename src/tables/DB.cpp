@@ -180,7 +180,7 @@ void DB::loadDB(const std::string& path) {
     std::exit(0);
   }
   allocate(*this, static_cast<std::size_t>(std::max(maxDBSize, 0)));
-  std::int64_t incomplete = 0, firstIncomplete = 0;
+  incompleteRecords = firstIncompleteLine = 0;
   bool moreRecords = false;
   Record record;
   std::string_view line;
@@ -188,15 +188,11 @@ void DB::loadDB(const std::string& path) {
     if (!isRecordLine(line)) continue;
     moreRecords = entryCount >= maxDBSize;
     if (moreRecords) continue;
-    if (!parseRecord(line, record) && incomplete++ == 0) firstIncomplete = reader.lineNumber();
+    if (!parseRecord(line, record) && incompleteRecords++ == 0) firstIncompleteLine = reader.lineNumber();
     append(*this, record);
   }
   if (moreRecords) {
     std::cerr << "Warning:: Database " << path << "is larger than the allocated (" << maxDBSize
               << "), not all entries are read!" << std::endl;
-  }
-  if (incomplete > 0) {
-    std::cerr << "Warning:: Database " << path << " has " << incomplete << " incomplete records (first: line "
-              << firstIncomplete << "), their missing fields are left out of the search" << std::endl;
   }
 }

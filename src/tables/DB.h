@@ -19,7 +19,7 @@ class DB {
   void setMaxDBSize(std::int32_t n) { maxDBSize = n; }  ///< must precede loadDB
   /// Reads `path`, replacing any earlier content. Ends the process (exit status 0) when it cannot be opened.
   /// Records that do not convert completely are kept as far as they convert (missing angles 9999, scales 0)
-  /// and counted in one warning.
+  /// and counted; the caller decides whether to report them.
   void loadDB(const std::string& path);
 
   const float* shifts(std::int32_t i) const { return dbShifts.get() + std::size_t(i) * kShiftsPerEntry; }
@@ -36,4 +36,6 @@ class DB {
   std::string dbFileName;
   std::int32_t maxDBSize = 2999999;
   std::int32_t entryCount = 0;
+  std::int64_t incompleteRecords = 0;    ///< records that did not convert completely
+  std::int64_t firstIncompleteLine = 0;  ///< line number of the first of them, from 1
 };

@@ -9,20 +9,9 @@
 #include <ostream>
 #include <random>
 
-namespace {
+#include "ann/plain_layer.h"
 
-/// Remainder and whole-number total of one unit, one input after the other.
-double plainSum(const std::vector<double>& x, const std::vector<double>& w, double bias) {
-  double remainder = 0.0;
-  double total = 0.0;
-  for (std::size_t i = 0; i < x.size(); ++i) {
-    remainder = x[i] * w[i] + remainder;
-    const double whole = std::trunc(remainder);
-    total += whole;
-    remainder -= whole;
-  }
-  return (remainder + bias) + total;
-}
+namespace {
 
 bool sameBits(double a, double b) {
   return std::memcmp(&a, &b, sizeof a) == 0 || (std::isnan(a) && std::isnan(b));
@@ -73,7 +62,7 @@ TEST_P(LayerKernel, EqualsThePlainSumBitForBit) {
   for (std::size_t p = 0; p < inputs.size(); ++p) {
     ASSERT_EQ(outputs[p].size(), bias.size());
     for (int j = 0; j < c.units; ++j) {
-      const double expected = plainSum(inputs[p], plain[j], bias[static_cast<std::size_t>(j)]);
+      const double expected = ann_test::plainSum(inputs[p], plain[j], bias[static_cast<std::size_t>(j)]);
       ASSERT_TRUE(sameBits(outputs[p][static_cast<std::size_t>(j)], expected))
           << "vector " << p << " unit " << j << ": " << outputs[p][static_cast<std::size_t>(j)] << " "
           << expected;

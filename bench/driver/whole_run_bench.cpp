@@ -1,0 +1,88 @@
+// Whole runs of the program: by residues, by database records, on the shipped installation.
+#include <sys/resource.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include "bench.h"
+#include "full_size.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string contents(const fs::path& file) {
+  std::ostringstream text;
+  text << std::ifstream(file).rdbuf();
+  return text.str();
+}
+
+/// Runs orbeln in `directory`; seconds of wall time are the benchmark's, peak memory of all children so far
+/// is shown.
+void runProgram(benchmark::State& state, const fs::path& directory, const std::string& installation,
+                const std::string& options) {
+  const std::string command = "cd '" + directory.string() + "' && ORBELN_DIR='" + installation + "' '" +
+                              ORBELN_BINARY + "' " + options + " >/dev/null 2>&1";
+  for ([[maybe_unused]] auto _ : state) {
+    if (std::system(command.c_str()) != 0) state.SkipWithError("orbeln failed");
+  }
+  bench::Checksum checksum;
+  for (const char* file : {"pred.tab", "predAll.tab", "predChi1.tab", "predABP.tab", "predSS.tab"}) {
+    checksum.addText(contents(directory / file));
+  }
+  checksum.report(state);
+  rusage usage{};
+  getrusage(RUSAGE_CHILDREN, &usage);
+  state.counters["peak_MB"] = static_cast<double>(usage.ru_maxrss) / 1024.0;
+}
+
+fs::path workDirectory() {
+  const fs::path directory = fs::path(bench::fullSize()) / "runs";
+  fs::create_directories(directory);
+  return directory;
+}
+
+void shipped(benchmark::State& state) {
+  const fs::path directory = workDirectory();
+  fs::copy_file(fs::path(ORBELN_EXAMPLES) / "ubiquitin/ubiquitin.tab", directory / "ubiquitin.tab",
+                fs::copy_options::overwrite_existing);
+  runProgram(state, directory, ORBELN_INSTALL, "-in ubiquitin.tab");
+}
+BENCHMARK(shipped)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(3);
+
+void byResidues(benchmark::State& state) {
+  const auto residues = static_cast<int>(state.range(0));
+  const fs::path directory = workDirectory();
+  const std::string name = "r" + std::to_string(residues) + ".tab";
+  bench::writeInput((directory / name).string(), residues, 5);
+  runProgram(state, directory, bench::fullSize(), "-in " + name);
+}
+BENCHMARK(byResidues)
+    ->Arg(76)
+    ->Arg(150)
+    ->Arg(300)
+    ->Arg(600)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime()
+    ->Iterations(1);
+
+void byRecords(benchmark::State& state) {
+  const auto records = static_cast<int>(state.range(0));
+  const fs::path directory = workDirectory();
+  const std::string name = "db" + std::to_string(records) + ".tab";
+  if (!fs::exists(directory / name)) bench::writeDatabase((directory / name).string(), records, 9);
+  bench::writeInput((directory / "r76.tab").string(), 76, 5);
+  runProgram(state, directory, bench::fullSize(), "-in r76.tab -db " + name);
+}
+BENCHMARK(byRecords)
+    ->Arg(250000)
+    ->Arg(500000)
+    ->Arg(1000000)
+    ->Arg(2330110)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime()
+    ->Iterations(1);
+
+}  // namespace

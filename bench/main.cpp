@@ -1,0 +1,13 @@
+// Writes the full-size synthetic installation when it is missing, then runs the benchmarks.
+#include <cstdio>
+
+#include "bench.h"
+#include "full_size.h"
+
+int main(int argc, char** argv) {
+  if (!bench::writeInstallation(bench::fullSize(), ORBELN_INSTALL "/tab", bench::Size{})) return 1;
+  benchmark::Initialize(&argc, argv);
+  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+  benchmark::RunSpecifiedBenchmarks();
+  return 0;
+}
