@@ -40,7 +40,7 @@ DATABASE_SCALES = {"N": 2.3, "HA": 0.23, "C": 1.0, "CA": 0.95, "CB": 1.1, "HN": 
 LIBRARY_ROWS = 24000
 
 # --- input variants: which shifts a training copy of a protein keeps ---------------------------------
-# name: (mask, weight for surf20, weight for the hybrid network, weight for the structure networks)
+# name: shares in the training of (surf20, the hybrid network, the structure networks); masks in inputs.py
 VARIANTS = {
     "observed": (2.0, 0.5, 2.0),
     "random_light": (1.0, 0.5, 1.0),

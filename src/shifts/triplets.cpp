@@ -80,14 +80,30 @@ TripletQuery makeQuery(const ORBEL& run, const Triplet& triplet) {
   return query;
 }
 
-/// Library rows closer than the limit, ascending distance; of equal distances the later row stays.
-std::map<float, int> nearestRows(const std::vector<float>& distances) {
+struct Nearest {
+  float distance;
+  int row;
+};
+
+/// The at most `count` smallest distinct distances below the limit, ascending, each with its last row.
+std::vector<Nearest> nearestRows(const std::vector<float>& distances, std::size_t count) {
   constexpr float kLargestDistance = 200.0F;
-  std::map<float, int> candidates;
+  std::vector<Nearest> nearest;
+  float limit = kLargestDistance;  // exclusive until the list is full, then its largest distance, inclusive
   for (std::size_t row = 0; row < distances.size(); ++row) {
-    if (distances[row] < kLargestDistance) candidates[distances[row]] = static_cast<int>(row);
+    const float distance = distances[row];
+    if (!(distance < kLargestDistance) || distance > limit) continue;
+    const auto place = std::lower_bound(nearest.begin(), nearest.end(), distance,
+                                        [](const Nearest& n, float d) { return n.distance < d; });
+    if (place != nearest.end() && place->distance == distance) {
+      place->row = static_cast<int>(row);
+      continue;
+    }
+    nearest.insert(place, {distance, static_cast<int>(row)});
+    if (nearest.size() > count) nearest.pop_back();
+    if (nearest.size() == count) limit = nearest.empty() ? limit : nearest.back().distance;
   }
-  return candidates;
+  return nearest;
 }
 
 }  // namespace
@@ -102,13 +118,11 @@ bool ORBEL::calcAverageCS_orig(int resid, std::map<std::string, double>& average
   const TripletQuery query = makeQuery(*this, triplet);
   const std::vector<float> distances =
       tripletDistances(*tripletLibrary, query, ringWeights, atomWeights, ringScale);
-  const std::map<float, int> candidates = nearestRows(distances);
 
   std::array<double, 6> sums{};
   std::array<int, 6> counts{};
-  int taken = 0;
-  for (const auto& [distance, row] : candidates) {
-    if (taken++ == topCount) break;
+  for (const auto& [distance, row] :
+       nearestRows(distances, static_cast<std::size_t>(std::max(topCount, 0)))) {
     for (std::size_t atom = 0; atom < 6; ++atom) {
       const double shift = tripletLibrary->centre[atom][static_cast<std::size_t>(row)];
       if (!(shift < kMissingLimit)) continue;
