@@ -53,10 +53,13 @@ void Prescreen::fillPosition(const ORBEL& run, int resid, int k) {
 /// Centres must be similar to the query's type; proline and glycine match themselves only.
 void Prescreen::fillCentre(const ORBEL& run) {
   const bool ownTypeOnly = centreCode_ == 'P' || centreCode_ == 'G';
-  for (std::size_t i = 0; i < kCodes; ++i) centreAllowed_[i] = !ownTypeOnly || i == codeIndex(centreCode_);
+  for (std::size_t i = 0; i < kCodes; ++i) {
+    centreAllowed_[i] = !ownTypeOnly || i == codeIndex(centreCode_) ? 1 : 0;
+    typeCode_[i] = i == codeIndex(centreCode_) ? 1 : 0;
+  }
   if (const auto* row = findValue(run.blosumMatrix, centreCode_)) {
     for (const auto& [code, similarity] : *row) {
-      if (!(similarity >= 0.0)) centreAllowed_[codeIndex(code)] = false;
+      if (!(similarity >= 0.0)) centreAllowed_[codeIndex(code)] = 0;
     }
   }
 }
@@ -87,8 +90,12 @@ void Prescreen::fillBounds() {
 }
 
 void Prescreen::scanSource(const DB& db, int first, int last) {
+  const int begin = std::max(first, 0) + halfWidth_;
   const int end = std::min(last, db.entryCount - 1) - halfWidth_;
-  for (int centre = std::max(first, 0) + halfWidth_; centre <= end; ++centre) {
+  updatePromising();
+  const std::size_t promising = collectPromising(db, begin, end);
+  for (std::size_t i = 0; i < promising; ++i) {
+    const int centre = centres_[i];
     if (!passesCentreTests(db, centre)) continue;
     const bool typeMatches = wantSameType_ && db.dbResName[toIndex(centre)] == centreCode_;
     const double threshold = typeMatches ? std::min(matchThreshold_, sameTypeThreshold_) : matchThreshold_;
@@ -101,9 +108,43 @@ void Prescreen::scanSource(const DB& db, int first, int last) {
   trimToHighest(sameType, kCandidateLimit, sameTypeThreshold_);
 }
 
+/// Classes whose prior at the centre leaves a chance to pass the thresholds. Thresholds only rise, so tables
+/// made for lower ones stay right; they are renewed when they would reject noticeably more.
+void Prescreen::updatePromising() {
+  constexpr double kWorthwhile = 0.01;
+  const bool risen = matchThreshold_ - promisingMatch_ > kWorthwhile ||
+                     (wantSameType_ && sameTypeThreshold_ - promisingType_ > kWorthwhile);
+  if (!risen) return;
+  promisingMatch_ = matchThreshold_;
+  promisingType_ = sameTypeThreshold_;
+  const auto& prior = prior_[toIndex(halfWidth_)];
+  for (std::size_t box = 0; box < kClasses; ++box) {
+    const double highest = prior[box] + restHighest_[1];
+    // Written as "not below" so that a prior that is not a number stays in.
+    matchClass_[box] = highest < matchThreshold_ - margin_ ? 0 : 1;
+    typeClass_[box] = wantSameType_ && !(highest < sameTypeThreshold_ - margin_) ? 1 : 0;
+  }
+}
+
+/// Centres in `begin`..`end` that their own class and code do not rule out, into centres_. Without branches:
+/// most entries are ruled out here, in no predictable order.
+std::size_t Prescreen::collectPromising(const DB& db, int begin, int end) {
+  if (end < begin) return 0;
+  centres_.resize(toIndex(end - begin) + 1);
+  std::size_t count = 0;
+  for (int centre = begin; centre <= end; ++centre) {
+    const std::size_t box = std::min<std::size_t>(db.dbClass[toIndex(centre)], kClasses - 1);
+    const std::size_t code = codeIndex(db.dbResName[toIndex(centre)]);
+    const int promising = centreAllowed_[code] & (matchClass_[box] | (typeClass_[box] & typeCode_[code]));
+    centres_[count] = centre;
+    count += static_cast<std::size_t>(promising);
+  }
+  return count;
+}
+
 bool Prescreen::passesCentreTests(const DB& db, int centre) const {
   const auto entry = toIndex(centre);
-  if (!centreAllowed_[codeIndex(db.dbResName[entry])]) return false;
+  if (centreAllowed_[codeIndex(db.dbResName[entry])] == 0) return false;
   return !prolineFollows_ || db.dbResName[entry + 1] == 'P';
 }
 

@@ -3,6 +3,8 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
+#include <vector>
 
 #include "driver/ORBEL.h"
 #include "search/residue_types.h"
@@ -36,7 +38,13 @@ class Prescreen {
   double sameTypeThreshold_ = -999.0;
   std::array<std::array<double, kClasses>, kPositions> prior_{};  ///< [k + h][class]: weight * prior
   std::array<std::array<double, kCodes>, kPositions> penalty_{};  ///< [k + h][code]: negative similarity / 10
-  std::array<bool, kCodes> centreAllowed_{};
+  std::array<std::uint8_t, kCodes> centreAllowed_{};              ///< 1: similar enough to the query's type
+  std::array<std::uint8_t, kCodes> typeCode_{};                   ///< 1: the query's own type
+  std::array<std::uint8_t, kClasses> matchClass_{};               ///< 1: may still enter `matches`
+  std::array<std::uint8_t, kClasses> typeClass_{};                ///< 1: may still enter `sameType`
+  double promisingMatch_ = -1e9;  ///< thresholds for which these two were made
+  double promisingType_ = -1e9;
+  std::vector<int> centres_;                          ///< of the source being scanned
   std::array<int, kPositions> order_{};               ///< offsets from the centre outwards: 0 -1 1 -2 2 ..
   std::array<double, kPositions + 1> restHighest_{};  ///< most that order_[i..] can add
   double margin_ = 0.0;                               ///< covers the rounding of the single-precision sum
@@ -45,6 +53,8 @@ class Prescreen {
   void fillCentre(const ORBEL& run);
   void fillBounds();
   double term(const DB& db, int centre, int k) const;
+  void updatePromising();
+  std::size_t collectPromising(const DB& db, int begin, int end);
   bool passesCentreTests(const DB& db, int centre) const;
   bool cannotExceed(const DB& db, int centre, double threshold) const;
   float score(const DB& db, int centre) const;
