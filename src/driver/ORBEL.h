@@ -42,7 +42,7 @@ class ORBEL {
   static void printInfo();                 ///< banner, standard error
   [[noreturn]] static void printSyntax();  ///< usage text, exit status 255
   bool isAcceptedOption(const std::string& name) const;
-  void setArgs(OptionMap options);
+  void setArgs(const OptionMap& options);
   static char* itoa(int value, char* buffer, int base);
   static char* ftoa(double value, char* buffer, char conversion, int precision);
   /// Table-cell text of a number: `ftoa` with conversion "g" and precision 6.

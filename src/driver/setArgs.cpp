@@ -114,7 +114,7 @@ void setFlags(ORBEL& run, const OptionReader& options) {
 }  // namespace
 
 /// Sets every run setting; `-help` ends the process with the usage text. Loads the reference structure.
-void ORBEL::setArgs(OptionMap options) {
+void ORBEL::setArgs(const OptionMap& options) {
   const OptionReader reader(options);
   if (reader.has("help")) printSyntax();
   reader.readInt("np", threadCount);

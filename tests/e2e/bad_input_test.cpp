@@ -144,7 +144,8 @@ TEST(BadInput, DatabaseRecords) {
                                           std::string(300'000, '#') + "\ncut2 A 5 -63.0");
   ASSERT_EQ(runOrbeln(dir.path, kInstall, {"-in", "query.tab", "-noproton", "-db", "good.tab"}).status, 0);
   const auto rows = support::OutputTable(dir / "pred.tab").rows;
-  const ProgramRun run = runOrbeln(dir.path, kInstall, {"-in", "query.tab", "-noproton", "-path", "-db", "odd.tab"});
+  const ProgramRun run =
+      runOrbeln(dir.path, kInstall, {"-in", "query.tab", "-noproton", "-path", "-db", "odd.tab"});
   EXPECT_EQ(run.status, 0);
   // No odd record forms seven consecutive residues of one source, so none can match.
   EXPECT_EQ(support::OutputTable(dir / "pred.tab").rows, rows);
