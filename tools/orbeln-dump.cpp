@@ -52,6 +52,7 @@ std::unique_ptr<ORBEL> configure(const Job& job) {
   std::vector<std::string> words = {"orbeln-dump"};
   words.insert(words.end(), job.options.begin(), job.options.end());
   std::vector<char*> argv;
+  argv.reserve(words.size());
   for (std::string& word : words) argv.push_back(word.data());
   run->setArgs(parseCommandLine(static_cast<int>(argv.size()), argv.data(), *run).options);
   run->inputFile = job.input;  // not through -in: paths may hold hyphens
