@@ -28,9 +28,13 @@ def rate(row):
     return ", ".join(parts)
 
 
+def title(row):
+    return row["name"].split("/iterations")[0]
+
+
 def plain_rows(rows):
-    """Benchmark name -> the plain rendering of the same work in the same run."""
-    return {row["name"].replace("Plain", "", 1): row for row in rows if "Plain" in row["name"]}
+    """Benchmark title -> the plain rendering of the same work in the same run."""
+    return {title(row).replace("Plain", "", 1): row for row in rows if "Plain" in row["name"]}
 
 
 def main():
@@ -56,14 +60,14 @@ def main():
             lines.append(f"| {row['name']} | failed: {row['error_message']} | | | |")
             continue
         ratio = ""
-        other = plain.get(row["name"]) or plain.get(row["name"].replace("iterations:2", "iterations:1"))
+        other = plain.get(title(row))
         if other is not None and "Plain" not in row["name"]:
             ratio = f"{other['cpu_time'] / row['cpu_time']:.1f}"
             if int(other["checksum"]) != int(row["checksum"]):
                 ratio += " (RESULTS DIFFER)"
         time = row["real_time"] if "real_time" in row["name"] else row["cpu_time"]
         lines.append(
-            f"| {row['name'].split('/iterations')[0]} | {time:.3g} {row['time_unit']} | {rate(row)} |"
+            f"| {title(row)} | {time:.3g} {row['time_unit']} | {rate(row)} |"
             f" {int(row['checksum']):06d} | {ratio} |"
         )
     with open(sys.argv[2], "w", encoding="utf-8") as out:
