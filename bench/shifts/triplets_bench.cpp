@@ -7,16 +7,16 @@ namespace {
 
 struct Setup {
   Setup()
-      : library(readTripletLibrary(std::string(bench::fullSize()) + "/tab/orbel_obsCS.tab",
-                                   {{1, "N"}, {2, "HA"}, {3, "C"}, {4, "CA"}, {5, "CB"}, {6, "HN"}})) {
+      : triplets(readTripletLibrary(std::string(bench::fullSize()) + "/tab/orbel_obsCS.tab",
+                                    {{1, "N"}, {2, "HA"}, {3, "C"}, {4, "CA"}, {5, "CB"}, {6, "HN"}})) {
     for (std::size_t i = 0; i < query.shifts.size(); ++i)
       query.shifts[i] = i % 5 == 0 ? 9999.0F : 0.3F * float(i);
-    for (auto& row : query.homology) row.assign(library.names.size(), 1.5);
+    for (auto& row : query.homology) row.assign(triplets.names.size(), 1.5);
     for (auto& row : ring) row.fill(0.7);
     atoms.fill(1.2);
     scale.fill(0.2);
   }
-  TripletLibrary library;
+  TripletLibrary triplets;
   TripletQuery query;
   std::array<std::array<double, 7>, 4> ring{};
   std::array<double, 7> atoms{};
@@ -39,17 +39,17 @@ void tripletDistance(benchmark::State& state) {
   const Setup& s = setup();
   std::vector<float> distances;
   for ([[maybe_unused]] auto _ : state)
-    distances = tripletDistances(s.library, s.query, s.ring, s.atoms, s.scale);
+    distances = tripletDistances(s.triplets, s.query, s.ring, s.atoms, s.scale);
   finish(state, distances);
 }
 BENCHMARK(tripletDistance)->Unit(benchmark::kMicrosecond);
 
 void tripletDistancePlain(benchmark::State& state) {
   const Setup& s = setup();
-  std::vector<float> distances(static_cast<std::size_t>(s.library.rows));
+  std::vector<float> distances(static_cast<std::size_t>(s.triplets.rows));
   for ([[maybe_unused]] auto _ : state) {
     for (std::size_t row = 0; row < distances.size(); ++row) {
-      distances[row] = support::plainDistance(s.library, row, s.query, s.ring, s.atoms, s.scale);
+      distances[row] = support::plainDistance(s.triplets, row, s.query, s.ring, s.atoms, s.scale);
     }
   }
   finish(state, distances);

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <numeric>
+#include <ostream>
 
 #include "tables/text.h"
 
@@ -167,6 +168,16 @@ int usageError(const Program& program, const std::string& message) {
   std::fprintf(stderr, "%s: %s\nUsage: %s %s\nTry '%s --help' for more.\n", program.name.c_str(),
                message.c_str(), program.name.c_str(), program.usage.c_str(), program.name.c_str());
   return 2;
+}
+
+bool answerHelp(const Program& program, const Arguments& arguments, std::ostream& out) {
+  if (arguments.has("--help")) {
+    out << helpText(program);
+    return true;
+  }
+  if (!arguments.has("--version")) return false;
+  out << program.name << " " ORBELN_VERSION "\n";
+  return true;
 }
 
 }  // namespace tools

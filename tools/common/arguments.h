@@ -1,6 +1,7 @@
 // Command lines of the companion programs: options, positional words, help text.
 #pragma once
 
+#include <iosfwd>
 #include <map>
 #include <string>
 #include <string_view>
@@ -38,6 +39,8 @@ struct Arguments {
 Arguments parseArguments(const Program& program, const std::vector<std::string>& arguments);
 
 std::string helpText(const Program& program);
+/// Answers --help and --version on `out`; false when neither was given.
+bool answerHelp(const Program& program, const Arguments& arguments, std::ostream& out);
 
 /// The text handled by --help and --version, which every program has. False when neither was asked for.
 bool answeredHelp(const Program& program, const Arguments& arguments);

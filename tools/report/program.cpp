@@ -43,14 +43,7 @@ bool writeOutputs(const ReportData& data, const Options& options, std::ostream& 
 
 int runProgram(const std::vector<std::string>& words, std::ostream& out, std::ostream& err) {
   const tools::Arguments arguments = tools::parseArguments(program(), words);
-  if (arguments.has("--help")) {
-    out << tools::helpText(program());
-    return kDone;
-  }
-  if (arguments.has("--version")) {
-    out << program().name << " " ORBELN_VERSION "\n";
-    return kDone;
-  }
+  if (tools::answerHelp(program(), arguments, out)) return kDone;
   Options options;
   std::string error = readOptions(arguments, options);
   if (!error.empty()) return fail(err, error, kWrongCommandLine);
