@@ -6,7 +6,7 @@ import numpy as np
 import torch
 
 import settings
-from networks import Ensemble, hold_out_shares, member_mse, shuffled, standardisation, train
+from networks import Ensemble, hold_out_shares, member_mse, mixed, mixed_steps, standardisation, train
 
 BOXES = 324
 WIDTH = 18
@@ -41,6 +41,7 @@ class BoxWindows:
         self.vectors[:, :-1, 20:] = inputs.vectors[:, :, :12]
         self.vectors[:, -1] = ABSENT
         self.rows = [self._rows(v) for v in range(len(inputs.variants))]
+        self.stacked = np.stack(self.rows)
         self.usable = np.array([self._usable(v) for v in range(len(inputs.variants))])
         self.bump_phi = axis_bump(np.where(self.known, inputs.phi, 0.0))
         self.bump_psi = axis_bump(np.where(self.known, inputs.psi, 0.0))
@@ -100,13 +101,12 @@ class BoxWindows:
         view[:, :, 20::2] += noise * real
         return view.reshape(len(x), 160)
 
-    def batches(self, rng, shares):
-        """One epoch of (inputs, targets, member weights)."""
-        stacked = np.stack(self.rows)
+    def batches(self, rng, shares, simulated):
+        """One epoch of (inputs, targets, member weights): every real window and `simulated` times as many others."""
         variants = self.pick_variants(rng)
-        for index in shuffled(len(self.centres), settings.BATCH, rng):
+        for index in mixed(self.inputs.real[self.centres], simulated, settings.BATCH, rng):
             centres, picked = self.centres[index], variants[index]
-            rows = stacked[picked, centres]
+            rows = self.stacked[picked, centres]
             if self.network == "surf20_hyb":
                 absent = rng.random((len(index), 2)) < settings.HYBRID_ABSENT
                 rows[absent[:, 0], 0] = rows[absent[:, 1], 4] = self.inputs.count
@@ -116,16 +116,17 @@ class BoxWindows:
 
 
 def train_level1(windows, epochs, name, folds=None, seed=settings.SEED):
-    """Three members; with `folds` (per residue) member k never sees fold k."""
+    """Three members; with `folds` (per residue, -1 = simulated) member k never sees fold k."""
     rng = np.random.default_rng(seed)
     shares = None if folds is None else hold_out_shares(folds, settings.FOLDS)
-    sample = np.concatenate([windows.inputs_of(v, np.nonzero(windows.usable[v])[0][::7])
+    sample = np.concatenate([windows.inputs_of(v, np.nonzero(windows.usable[v] & windows.inputs.real)[0][::7])
                              for v in range(len(windows.rows))])
     centre, scale = standardisation(sample)
     model = Ensemble(3, 160, 180, BOXES, centre, scale, seed)
-    return train(model, lambda: windows.batches(rng, shares),
+    simulated = settings.SIMULATED_SHARE
+    return train(model, lambda: windows.batches(rng, shares, simulated),
                  lambda net, x, y, share: member_mse(net(x), y, share), epochs,
-                 len(windows.centres) // settings.BATCH, name)
+                 mixed_steps(windows.inputs.real[windows.centres], simulated, settings.BATCH), name)
 
 
 @torch.no_grad()
@@ -217,11 +218,11 @@ def train_level2(windows, fold_model, folds, epochs, seed=settings.SEED):
     rng = np.random.default_rng(seed)
     picked = [windows.inputs.variants.index(name) for name in LEVEL2_VARIANTS]
     maps = np.stack([level1_maps(fold_model, windows, v, folds) for v in picked])
-    slots, centres = np.nonzero(windows.usable[picked])
+    slots, centres = np.nonzero(windows.usable[picked] & windows.inputs.real)
     rows = np.stack([windows.rows[v] for v in picked])[slots, centres]
     error = ((maps[slots, centres] - windows.targets(centres)) ** 2).sum(axis=1).mean()
     print(f"  surf20 level 2: level-1 error out of fold {error:.4f}, {len(slots)} windows", flush=True)
-    steps = len(windows.centres) // settings.BATCH
+    steps = windows.inputs.real[windows.centres].sum() // settings.BATCH
 
     def batches():
         for index in np.split(rng.permutation(len(slots))[:steps * settings.BATCH], steps):

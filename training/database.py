@@ -11,9 +11,41 @@ from textables import write_table
 ATOMS = settings.ATOMS
 
 
-def write_database(path, proteins, reference, leave_out=()):
+def observed_scales(secondary):
+    """Scale (expected error, ppm) of observed shifts; 0 = missing."""
+    return np.where(np.isfinite(secondary), [settings.DATABASE_SCALES[atom] for atom in ATOMS], 0.0)
+
+
+def with_predictions(secondary, predicted, error):
+    """Observed secondary shifts drawn halfway to the predicted ones, holes filled by them; values and scales."""
+    known = np.isfinite(secondary)
+    foretold = np.isfinite(predicted)
+    values = np.where(known & foretold, 0.5 * (secondary + predicted), np.where(known, secondary, predicted))
+    scales = np.where(known, observed_scales(secondary), np.where(foretold, error, 0.0))
+    return values, scales
+
+
+def write_records(handle, protein, values, scales):
     """Records of every residue with phi and psi; a residue without them is left out, so that its number is a gap.
     Negative numbering is moved up to start at 1. Returns the number of records."""
+    count = 0
+    offset = 1 - protein.resid[0] if protein.resid[0] < 0 else 0
+    for k, number in enumerate(protein.resid):
+        phi, psi, chi1 = protein.phi[k], protein.psi[k], protein.chi1[k]
+        if not (np.isfinite(phi) and np.isfinite(psi)):
+            continue
+        pairs = " ".join("%.*f %.2g" % (1 if atom == "N" else 2, value, scale) if scale > 0.0 else "0 0"
+                         for atom, value, scale in zip(ATOMS, values[k], scales[k]))
+        handle.write("%s %s %d %.1f %.1f %.1f %d %s\n" % (
+            protein.name, protein.code[k].upper(), number + offset, phi, psi,
+            chi1 if np.isfinite(chi1) else 9999.0, box_of(phi, psi), pairs))
+        count += 1
+    return count
+
+
+def write_database(path, proteins, reference, predicted, structures, leave_out=()):
+    """All records. predicted: {protein: (secondary, error)} of observed proteins whose coordinates are at hand;
+    structures: [(protein, secondary, error)] of chains without shifts. Returns the number of records."""
     count = 0
     with open(path, "w") as handle:
         handle.write("# source type number phi psi chi1 box, then value and scale of N HA C CA CB HN (ppm);"
@@ -22,18 +54,12 @@ def write_database(path, proteins, reference, leave_out=()):
             if protein.name in leave_out:
                 continue
             secondary = reference.secondary(protein)
-            offset = 1 - protein.resid[0] if protein.resid[0] < 0 else 0
-            for k, number in enumerate(protein.resid):
-                phi, psi, chi1 = protein.phi[k], protein.psi[k], protein.chi1[k]
-                if not (np.isfinite(phi) and np.isfinite(psi)):
-                    continue
-                pairs = " ".join(
-                    "%.2f %g" % (value, settings.DATABASE_SCALES[atom]) if np.isfinite(value) else "0 0"
-                    for atom, value in zip(ATOMS, secondary[k]))
-                handle.write("%s %s %d %.1f %.1f %.1f %d %s\n" % (
-                    protein.name, protein.code[k].upper(), number + offset, phi, psi,
-                    chi1 if np.isfinite(chi1) else 9999.0, box_of(phi, psi), pairs))
-                count += 1
+            nothing = np.full(secondary.shape, np.nan)
+            pair = with_predictions(secondary, *predicted.get(protein.name, (nothing, nothing)))
+            count += write_records(handle, protein, *pair)
+        for protein, secondary, error in structures:
+            if protein.name not in leave_out:
+                count += write_records(handle, protein, secondary, error)
     return count
 
 
@@ -63,8 +89,8 @@ def write_triplets(path, proteins, reference, leave_out=()):
     return len(rows)
 
 
-def write_libraries(folder, proteins, reference, leave_out=()):
+def write_libraries(folder, proteins, reference, predicted, structures, leave_out=()):
     """Both libraries under their installation names."""
     os.makedirs(folder, exist_ok=True)
-    return (write_database(os.path.join(folder, "orbel.tab"), proteins, reference, leave_out),
+    return (write_database(os.path.join(folder, "orbel.tab"), proteins, reference, predicted, structures, leave_out),
             write_triplets(os.path.join(folder, "orbel_obsCS.tab"), proteins, reference, leave_out))

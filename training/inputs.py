@@ -115,6 +115,7 @@ class Inputs:
         self.count = sum(len(protein) for protein in proteins)
         self.start = np.cumsum([0] + [len(protein) for protein in proteins])
         self.chain = np.repeat(np.arange(len(proteins)), [len(protein) for protein in proteins])
+        self.real = np.array([protein.variants is None for protein in proteins])[self.chain]
         self.resid = np.concatenate([protein.resid for protein in proteins])
         self.code = "".join("".join(protein.code) for protein in proteins)
         self.ss8 = "".join("".join(protein.ss8) for protein in proteins)
@@ -163,11 +164,14 @@ def prepare(proteins, tool, home, folder):
     jobs, outputs = [], []
     for v, variant in enumerate(inputs.variants):
         for chain, protein in enumerate(proteins):
+            if protein.variants is not None and variant not in protein.variants:
+                continue
             stem = os.path.join(work, f"{protein.name}.{variant}")
             if write_input(stem + ".tab", protein, mask(protein, variant)) < SMALLEST_TABLE:
                 continue
             flags = " -noproton" if variant.startswith("no_proton") else ""
-            jobs.append(f"{stem}.tab {stem}.tsv{flags} -excl {','.join(mates[protein.name])}")
+            excluded = f" -excl {','.join(mates[protein.name])}" if protein.variants is None else ""
+            jobs.append(f"{stem}.tab {stem}.tsv{flags}{excluded}")
             outputs.append((stem + ".tsv", v, chain))
     run_dump(tool, "inputs", jobs, home, work)
     for path, v, chain in outputs:

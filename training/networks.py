@@ -119,3 +119,18 @@ def shuffled(count, batch, generator):
     order = generator.permutation(count)
     for start in range(0, count - batch + 1, batch):
         yield order[start:start + batch]
+
+
+def mixed(real, share, batch, generator):
+    """Index batches of one epoch: every real sample and `share` times as many of the others, drawn at random."""
+    own, other = np.nonzero(real)[0], np.nonzero(~real)[0]
+    drawn = generator.permutation(other)[:int(share * len(own))]
+    order = generator.permutation(np.concatenate([own, drawn]))
+    for start in range(0, len(order) - batch + 1, batch):
+        yield order[start:start + batch]
+
+
+def mixed_steps(real, share, batch):
+    """Number of batches that `mixed` yields."""
+    own = int(real.sum())
+    return (own + min(len(real) - own, int(share * own))) // batch

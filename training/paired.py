@@ -24,6 +24,7 @@ class Protein:
     psi: np.ndarray = None
     chi1: np.ndarray = None
     shifts: np.ndarray = None  # residues x 6 in atom order, ppm
+    variants: list = None  # input variants of a protein with simulated shifts; None = a real protein, all variants
 
     def __len__(self):
         return len(self.resid)
@@ -33,9 +34,22 @@ def _number(text):
     return float(text) if text else math.nan
 
 
-def _clusters(path):
+def _read_proteins(path):
+    """Cluster label and referencing offset (ppm, atom order) of every protein of a protein table."""
+    clusters, offsets = {}, {}
     with open(path, newline="") as handle:
-        return {row["protein"]: row["cluster"] or row["protein"] for row in csv.DictReader(handle, delimiter="\t")}
+        for row in csv.DictReader(handle, delimiter="\t"):
+            clusters[row["protein"]] = row["cluster"] or row["protein"]
+            offsets[row["protein"]] = [_offset(row, atom) for atom in settings.ATOMS]
+    return clusters, offsets
+
+
+def _offset(row, atom):
+    """The table's median difference from the shifts expected of the structure, drawn to 0 where few shifts tell."""
+    value, count = _number(row.get("off_" + atom, "")), _number(row.get("n_" + atom, ""))
+    if not (math.isfinite(value) and count > 0):
+        return 0.0
+    return value * count / (count + settings.OFFSET_PRIOR)
 
 
 def _close_jumps(resid):
@@ -72,12 +86,15 @@ def read_table(path, clusters):
 
 
 def read_training(folder):
-    """Proteins of train and train-more without the excluded ones."""
-    clusters = _clusters(os.path.join(folder, "proteins.tsv"))
-    clusters.update(_clusters(os.path.join(folder, "proteins-more.tsv")))
+    """Proteins of train and train-more without the excluded ones, each nucleus's referencing corrected."""
+    clusters, offsets = _read_proteins(os.path.join(folder, "proteins.tsv"))
+    for known, more in zip((clusters, offsets), _read_proteins(os.path.join(folder, "proteins-more.tsv"))):
+        known.update(more)
     proteins = []
     for name in ("train.tsv.xz", "train-more.tsv.xz"):
         proteins += read_table(os.path.join(folder, name), clusters)
+    for protein in proteins:
+        protein.shifts -= offsets.get(protein.name, 0.0)
     return [protein for protein in proteins if protein.name not in settings.EXCLUDED_PROTEINS]
 
 

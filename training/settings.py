@@ -18,6 +18,9 @@ EXCLUDED_PROTEINS = ("3WRPA",)
 LARGEST_GAP = 60
 JUMP_REPLACEMENT = 10
 
+# Referencing of each protein: its offset from n shifts is multiplied by n / (n + prior) and taken off.
+OFFSET_PRIOR = 8.0
+
 # --- reference tables -------------------------------------------------------------------------
 COIL_CLASSES = ("-", "T", "S")
 TRIM = 0.10  # cut from either end before a mean
@@ -54,6 +57,24 @@ VARIANTS = {
     "ca_cb_n_hn": (1.0, 0.7, 1.0),
     "sparse": (0.3, 1.5, 0.5),
 }
+
+# --- shifts predicted from structure ----------------------------------------------------------------
+WORST_RESOLUTION = 2.5  # angstrom, of crystal structures that are looked at
+SIMULATED_RESOLUTION = 2.2  # of chains with simulated shifts
+DATABASE_RESOLUTION = 2.5  # of chains in the fragment database
+MODEL_FOLDS = 5
+MODEL_MEMBERS = 5
+MODEL_HIDDEN = 160
+MODEL_BATCH = 512
+MODEL_EPOCHS = 40
+MODEL_TREES = 220
+
+# --- simulated shifts of chains without shifts ------------------------------------------------------
+ERROR_STRETCH = 12  # residues whose prediction errors are drawn together
+LARGEST_ERROR = 6.0  # expected errors
+SIMULATED_LACK = 0.04  # share of shifts left out at random
+SIMULATED_SHARE = 2.0  # simulated windows per real one in an epoch
+SIMULATED_VARIANTS = 3  # input variants of one chain, the first is "observed"
 
 # --- networks ---------------------------------------------------------------------------------
 FOLDS = 3

@@ -4,7 +4,8 @@ import numpy as np
 import torch
 
 import settings
-from networks import Ensemble, evaluate_layers, hold_out_shares, member_mse, shuffled, standardisation, train
+from networks import (Ensemble, evaluate_layers, hold_out_shares, member_mse, mixed, mixed_steps, standardisation,
+                      train)
 
 # name: (window reach, position in the window whose shifts are hidden or None, hidden units)
 NETWORKS = {"ss": (1, None, 20), "ss.center": (1, 1, 20), "ss.prev": (1, 0, 20), "ss.next": (1, 2, 20),
@@ -97,7 +98,7 @@ class Windows:
 
     def batches(self, rng, shares):
         variants = (rng.random(len(self.centres)) > self.cumulated).sum(axis=0).clip(max=len(self.rows) - 1)
-        for index in shuffled(len(self.centres), settings.BATCH, rng):
+        for index in mixed(self.inputs.real[self.centres], settings.SIMULATED_SHARE, settings.BATCH, rng):
             centres = self.centres[index]
             yield (torch.from_numpy(self.inputs_of(variants[index], centres, rng)),
                    torch.from_numpy(self.target[centres]), None if shares is None else shares[:, centres])
@@ -148,14 +149,17 @@ def train_network(inputs, name, folds, seed):
     windows = Windows(inputs, name)
     hidden = NETWORKS[name][2]
     rng = np.random.default_rng(seed)
-    sample = windows.inputs_of(np.zeros(len(windows.centres[::5]), int), windows.centres[::5])
+    real = windows.centres[inputs.real[windows.centres]]
+    sample = windows.inputs_of(np.zeros(len(real[::5]), int), real[::5])
     sample = sample[np.isfinite(sample).all(axis=1)]
     centre, scale = standardisation(sample)
-    steps = len(windows.centres) // settings.BATCH
+    level1_steps = mixed_steps(inputs.real[windows.centres], settings.SIMULATED_SHARE, settings.BATCH)
+    steps = len(real) // settings.BATCH
 
     def level1(members, shares, label):
         model = Ensemble(members, sample.shape[1], hidden, 3, centre, scale, seed)
-        train(model, lambda: windows.batches(rng, shares), _loss, settings.SS_EPOCHS, steps, f"{name} {label}")
+        train(model, lambda: windows.batches(rng, shares), _loss, settings.SS_EPOCHS, level1_steps,
+              f"{name} {label}")
         return model.layers()
 
     fold_layers = level1(settings.FOLDS, hold_out_shares(folds, settings.FOLDS), "folds")
@@ -165,7 +169,7 @@ def train_network(inputs, name, folds, seed):
     features, targets, owners = [], [], []
     for v in variants:
         outputs = windows.level1_outputs(fold_layers, v, folds)
-        centres = windows.centres[windows.good[v, windows.centres]]
+        centres = real[windows.good[v, real]]
         features.append(windows.level2_inputs(outputs, v, centres))
         targets.append(windows.target[centres])
         owners.append(centres)
@@ -187,7 +191,7 @@ def train_network(inputs, name, folds, seed):
 
     fold_level2 = level2(settings.FOLDS, hold_out_shares(folds, settings.FOLDS), "level 2 folds")
     final_level2 = level2(3, None, "level 2")
-    first = len(windows.centres[windows.good[variants[0], windows.centres]])
+    first = windows.good[variants[0], real].sum()
     held_out = np.full((inputs.count, 3), np.nan)
     for fold in range(settings.FOLDS):
         part = np.nonzero(folds[owners[:first]] == fold)[0]

@@ -70,9 +70,8 @@ def _number(text):
     return float(text) if text else math.nan
 
 
-def _table_rows(path):
-    """(chain name, columns as lists of text) of every chain; rows of one chain are contiguous."""
-    wanted = ("resid", "aa", "ss8", "flags") + ANGLES
+def table_rows(path, wanted):
+    """(chain name, wanted columns as lists of text) of every chain; rows of one chain are contiguous."""
     with lzma.open(path, "rt") as handle:
         header = handle.readline().rstrip("\n").split("\t")
         picks = [header.index(name) if name in header else None for name in wanted]
@@ -111,7 +110,8 @@ def _parse(folder, cache):
     names, lengths, arrays, text = [], [], {key: [] for key in ("angles", "breaks", "place")}, {"code": [], "ss8": []}
     for file in TABLES.values():
         print(f"reading {file} ...", flush=True)
-        for name, (resid, aa, ss8, flags, *angle_columns) in _table_rows(os.path.join(folder, file)):
+        for name, (resid, aa, ss8, flags, *angle_columns) in table_rows(
+                os.path.join(folder, file), ("resid", "aa", "ss8", "flags") + ANGLES):
             angles = np.array([[_number(cell) for cell in column] for column in angle_columns], np.float32).T
             breaks = _breaks(flags, angles)
             names.append(name)
