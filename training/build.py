@@ -88,10 +88,9 @@ def build_sequence(data, protein_folds, context, options, cache, tab):
     chains = structures.read_chains(options.structures, options.cache) if options.structures else []
     stage = sequence_stage.SequenceStage(data.proteins, protein_folds, list(filter(structures.usable, chains)),
                                          options.cache)
-    trainers = {"seqSS": lambda: sequence_stage.train_seqss(stage, context),
-                "seqSS15": lambda: sequence_stage.train_seqss15(stage, options.blastdb)}
-    for name, trainer in trainers.items():
-        level1, level2 = cache.get(name, trainer)
+    networks = {"seqSS": sequence_stage.train_seqss(stage, context, cache),
+                "seqSS15": sequence_stage.train_seqss15(stage, options.blastdb, cache)}
+    for name, (level1, level2) in networks.items():
         remark = "Secondary structure from sequence; outputs helix, strand, coil."
         write_checked(tab, name, 1, level1, remark)
         write_checked(tab, name, 2, level2, remark)

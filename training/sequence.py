@@ -46,34 +46,36 @@ class SequenceNetwork:
     def __init__(self, name, residues, profiles, held, context=None, seed=settings.SEED):
         self.name, self.residues, self.profiles, self.context = name, residues, profiles, context
         self.half, self.hidden, self.hidden2, self.members = NETWORKS[name]
-        self.rng, self.seed = np.random.default_rng(seed), seed
+        self.seed = seed
         self.steps = len(residues.centres) // settings.BATCH
         shares = np.ones((settings.FOLDS + self.members, len(held)), np.float32)
         shares[:settings.FOLDS] = ~held.T
         self.shares = shares
         self.held_fold = held.argmax(axis=1)
 
-    def _batches(self, features):
+    def _batches(self, features, rng):
         """`features(rows)` are the inputs of the windows around `rows`."""
         centres = self.residues.centres
-        for index in shuffled(len(centres), settings.BATCH, self.rng):
+        for index in shuffled(len(centres), settings.BATCH, rng):
             rows = centres[index]
             yield (torch.from_numpy(features(rows)), torch.from_numpy(self.residues.target[rows]),
                    torch.from_numpy(self.shares[:, self.residues.owner[rows]]))
 
-    def _train(self, features_of_epoch, hidden, epochs, label):
+    def _train(self, features_of_epoch, rng, hidden, epochs, label):
         sample = features_of_epoch()(self.residues.centres[::7])
         centre, scale = standardisation(sample)
         model = Ensemble(len(self.shares), sample.shape[1], hidden, 3, centre, scale, self.seed)
-        return train(model, lambda: self._batches(features_of_epoch()), _loss, epochs, self.steps,
+        return train(model, lambda: self._batches(features_of_epoch(), rng), _loss, epochs, self.steps,
                      f"{self.name} {label}")
 
     def train_level1(self):
+        rng = np.random.default_rng([self.seed, 1])
+
         def features_of_epoch():
-            table = self.profiles.draw(self.rng)
+            table = self.profiles.draw(rng)
             return lambda rows: windows(table, rows, self.half)
 
-        self.level1 = self._train(features_of_epoch, self.hidden, settings.SEQ_EPOCHS, "level 1")
+        return self._train(features_of_epoch, rng, self.hidden, settings.SEQ_EPOCHS, "level 1")
 
     def level1_outputs(self, table, rows=None):
         """Flagged table of out-of-fold outputs; of all residues, or of `rows` only."""
@@ -96,15 +98,21 @@ class SequenceNetwork:
         return np.delete(x.reshape(len(rows), -1), self.half * 4, axis=1)
 
     def train_level2(self):
-        table = self.level1_outputs(self.profiles.draw(self.rng))
+        rng = np.random.default_rng([self.seed, 2])
+        table = self.level1_outputs(self.profiles.draw(rng))
 
         def features_of_epoch():
             if self.context is None:
                 return lambda rows: self.level2_inputs(table, rows)
-            context = self.context.draw(self.rng)
-            return lambda rows: self.level2_inputs(table, rows, known_pattern(self.rng, len(rows), self.half), context)
+            context = self.context.draw(rng)
+            return lambda rows: self.level2_inputs(table, rows, known_pattern(rng, len(rows), self.half), context)
 
-        self.level2 = self._train(features_of_epoch, self.hidden2, settings.SEQ_LEVEL2_EPOCHS, "level 2")
+        return self._train(features_of_epoch, rng, self.hidden2, settings.SEQ_LEVEL2_EPOCHS, "level 2")
+
+    def train(self, cache):
+        """Both levels, kept in the cache as NAME-level1 and NAME-level2."""
+        self.level1 = cache.get(self.name + "-level1", self.train_level1)
+        self.level2 = cache.get(self.name + "-level2", self.train_level2)
 
     def layers(self):
         """(level 1, level 2) of the members for the installation."""
@@ -132,14 +140,14 @@ def report(network, rows, sources):
         first, second = network.held_out(table, rows)
         print(f"  {network.name}, {label}: level 1 {network.right(first, rows):.1f} %, level 2 "
               f"{network.right(second, rows):.1f} % of {len(rows)} paired residues out of fold", flush=True)
-    if network.context is not None:
-        around = np.arange(-network.half, network.half + 1) != 0
-        second = network.held_out(next(iter(sources.values())), rows, around)[1]
-        print(f"  {network.name}, all neighbours known from shifts: level 2 {network.right(second, rows):.1f} %")
-
-
-def train_network(name, residues, profiles, held, context, seed):
-    network = SequenceNetwork(name, residues, profiles, held, context, seed)
-    network.train_level1()
-    network.train_level2()
-    return network
+    if network.context is None:
+        return
+    around = np.arange(-network.half, network.half + 1)
+    there = network.residues.owner[rows[:, None] + around] == network.residues.owner[rows, None]
+    known = np.isfinite(network.context.observed[rows[:, None] + around, 0])
+    surrounded = rows[(known | ~there | (around == 0)).all(axis=1)]
+    table = next(iter(sources.values()))
+    for label, pattern in (("no neighbour", None), ("all neighbours", around != 0)):
+        second = network.held_out(table, surrounded, pattern)[1]
+        print(f"  {network.name}, {label} known, where all could be: level 2 {network.right(second, surrounded):.1f} % "
+              f"of {len(surrounded)}", flush=True)

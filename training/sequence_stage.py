@@ -64,18 +64,19 @@ class SequenceStage:
         return Profiles(self.residues, sources)
 
 
-def train_seqss(stage, structure):
-    residues = stage.residues
-    columns = BlosumColumns(residues)
-    network = sequence.train_network("seqSS", residues, columns, stage.held, stage.context(structure),
-                                     settings.SEED + 100)
+def train_seqss(stage, structure, cache):
+    columns = BlosumColumns(stage.residues)
+    network = sequence.SequenceNetwork("seqSS", stage.residues, columns, stage.held, stage.context(structure),
+                                       settings.SEED + 100)
+    network.train(cache)
     sequence.report(network, stage.paired_rows, {"no neighbour known": columns.table})
     return network.layers()
 
 
-def train_seqss15(stage, database):
+def train_seqss15(stage, database, cache):
     profiles = stage.profiles(database)
-    network = sequence.train_network("seqSS15", stage.residues, profiles, stage.held, None, settings.SEED + 101)
+    network = sequence.SequenceNetwork("seqSS15", stage.residues, profiles, stage.held, None, settings.SEED + 101)
+    network.train(cache)
     labels = ("sequence alone", "profile of the sequences at hand", "profile of the large database")
     sequence.report(network, stage.paired_rows,
                     {label: profiles.fixed(k) for k, label in enumerate(labels[:1 + len(profiles.tables)])})
