@@ -13,9 +13,10 @@ import chi1
 import database
 import inputs as input_tables
 import reference_tables
-import sequence
+import sequence_stage
 import settings
 import structure
+import structures
 from networks import evaluate_layers
 from paired import assign_folds, read_training
 from write_tables import read_level, write_level
@@ -82,10 +83,14 @@ def build_structure(data, folds, cache, tab):
     return structure.normalised(0.5 * (held_out["ss"] + held_out["ss5"]))
 
 
-def build_sequence(data, folds, context, cache, tab):
-    for number, name in enumerate(sequence.NETWORKS):
-        level1, level2 = cache.get(name, lambda: sequence.train_network(
-            data, name, folds, context if name == "seqSS" else None, settings.SEED + 100 + number))
+def build_sequence(data, protein_folds, context, options, cache, tab):
+    """seqSS and seqSS15, on the paired proteins and, where given, the chains without shifts."""
+    chains = structures.read_chains(options.structures, options.cache) if options.structures else []
+    stage = sequence_stage.SequenceStage(data.proteins, protein_folds, list(filter(structures.usable, chains)),
+                                         options.cache)
+    networks = {"seqSS": sequence_stage.train_seqss(stage, context, cache),
+                "seqSS15": sequence_stage.train_seqss15(stage, options.blastdb, cache)}
+    for name, (level1, level2) in networks.items():
         remark = "Secondary structure from sequence; outputs helix, strand, coil."
         write_checked(tab, name, 1, level1, remark)
         write_checked(tab, name, 2, level2, remark)
@@ -94,6 +99,8 @@ def build_sequence(data, folds, context, cache, tab):
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("--paired", required=True, help="folder of train.tsv.xz, train-more.tsv.xz, proteins*.tsv")
+    parser.add_argument("--structures", help="folder of chains.tsv, residues.tsv.xz, phipsi_dssp.tsv.xz")
+    parser.add_argument("--blastdb", help="large BLAST database for the profiles of the sequence networks")
     parser.add_argument("--out", required=True, help="installation folder; the tables go to its tab/")
     parser.add_argument("--cache", required=True, help="folder of the stages' results")
     parser.add_argument("--dump", required=True, help="path of the built orbeln-dump")
@@ -124,7 +131,7 @@ def main():
     if {"structure", "sequence"} & set(stages):
         context = build_structure(data, folds, cache, tab)
     if "sequence" in stages:
-        build_sequence(data, folds, context, cache, tab)
+        build_sequence(data, protein_folds, context, options, cache, tab)
     if "chi1" in stages:
         five = np.array(assign_folds(proteins, settings.CHI1_FOLDS, settings.SEED + 1))
         candidates = chi1.dump_candidates(proteins, five, reference, tool, home, os.path.abspath(options.cache))
