@@ -4,6 +4,7 @@
 import argparse
 import os
 import time
+from types import SimpleNamespace
 
 import numpy as np
 import torch
@@ -18,11 +19,13 @@ import settings
 import structure
 import structures
 from networks import evaluate_layers
-from paired import assign_folds, read_training
+from paired import assign_folds, read_training, shift_entries
+from shifts_from_structure import PredictedShifts
 from write_tables import read_level, write_level
 
 QUICK_PROTEINS = 40
 STAGES = ("reference", "inputs", "boxes", "structure", "sequence", "chi1")
+NO_STRUCTURES = SimpleNamespace(paired={}, database=[], simulated=[], relatives={})
 
 
 class Cache:
@@ -86,14 +89,30 @@ def build_structure(data, folds, cache, tab):
 def build_sequence(data, protein_folds, context, options, cache, tab):
     """seqSS and seqSS15, on the paired proteins and, where given, the chains without shifts."""
     chains = structures.read_chains(options.structures, options.cache) if options.structures else []
-    stage = sequence_stage.SequenceStage(data.proteins, protein_folds, list(filter(structures.usable, chains)),
+    proteins = [protein for protein in data.proteins if protein.variants is None]
+    stage = sequence_stage.SequenceStage(proteins, protein_folds[:len(proteins)], list(filter(structures.usable, chains)),
                                          options.cache)
-    networks = {"seqSS": sequence_stage.train_seqss(stage, context, cache),
+    networks = {"seqSS": sequence_stage.train_seqss(stage, context[:sum(map(len, proteins))], cache),
                 "seqSS15": sequence_stage.train_seqss15(stage, options.blastdb, cache)}
     for name, (level1, level2) in networks.items():
         remark = "Secondary structure from sequence; outputs helix, strand, coil."
         write_checked(tab, name, 1, level1, remark)
         write_checked(tab, name, 2, level2, remark)
+
+
+def predict_shifts(proteins, reference, options, cache):
+    """Shifts of the chains without shifts: database records and simulated training proteins."""
+    if not options.structures:
+        return NO_STRUCTURES
+
+    def make():
+        entries = shift_entries(options.paired)
+        return PredictedShifts(proteins, entries, reference, options.structures, options.cache)
+
+    predicted = cache.get("predicted", make)
+    related = cache.get("relatives", lambda: predicted.relatives_of(proteins, options.cache))
+    return SimpleNamespace(paired=predicted.paired, database=predicted.database_chains(), relatives=related,
+                           simulated=predicted.simulated(proteins, reference, set().union(*related.values())))
 
 
 def main():
@@ -118,13 +137,15 @@ def main():
         proteins = proteins[:QUICK_PROTEINS]
         for name in [name for name in vars(settings) if name.endswith("_EPOCHS")]:
             setattr(settings, name, 1)
-    if "reference" in stages:
-        reference = reference_tables.write_reference_tables(proteins, tab)
-        print("database records, triplets:", database.write_libraries(tab, proteins, reference))
     reference = reference_tables.fit_reference(proteins)
-    protein_folds = np.array(assign_folds(proteins, settings.FOLDS, settings.SEED))
+    extra = predict_shifts(proteins, reference, options, cache)
+    if "reference" in stages:
+        reference_tables.write_reference_tables(proteins, tab)
+        print("database records, triplets:",
+              database.write_libraries(tab, proteins, reference, extra.paired, extra.database))
+    protein_folds = np.array(assign_folds(proteins, settings.FOLDS, settings.SEED) + [-1] * len(extra.simulated))
     if {"inputs", "boxes", "structure", "sequence"} & set(stages):
-        data = input_tables.prepare(proteins, tool, home, os.path.abspath(options.cache))
+        data = input_tables.prepare(proteins + extra.simulated, tool, home, os.path.abspath(options.cache))
         folds = protein_folds[data.chain]
     if "boxes" in stages:
         build_boxes(data, folds, cache, tab)
@@ -134,7 +155,7 @@ def main():
         build_sequence(data, protein_folds, context, options, cache, tab)
     if "chi1" in stages:
         five = np.array(assign_folds(proteins, settings.CHI1_FOLDS, settings.SEED + 1))
-        candidates = chi1.dump_candidates(proteins, five, reference, tool, home, os.path.abspath(options.cache))
+        candidates = chi1.dump_candidates(proteins, five, reference, extra, tool, home, os.path.abspath(options.cache))
         chi1.train_all(proteins, five, candidates, options.cache, tab)
 
 

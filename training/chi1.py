@@ -36,7 +36,13 @@ def write_placeholders(tab):
             write_level(tab, f"chi1_{letter}", 1, layers, "Placeholder")
 
 
-def dump_candidates(proteins, folds, reference, tool, home, folder):
+def _related(own, extra):
+    """Names of the chains without shifts that resemble the proteins `own`."""
+    clusters = set().union(*(extra.relatives.get(name, ()) for name in own))
+    return {protein.name for protein, _, _ in extra.database if protein.cluster in clusters}
+
+
+def dump_candidates(proteins, folds, reference, extra, tool, home, folder):
     """Candidate fragments of every protein as the second pass hands them to the chi1 networks: query row, fragment
     chi1, inputs. Each fold searches a database without its own homology clusters. Cached in chi1.npz."""
     cache = os.path.join(folder, "chi1.npz")
@@ -46,7 +52,8 @@ def dump_candidates(proteins, folds, reference, tool, home, folder):
         write_placeholders(os.path.join(home, "tab"))
         for fold in range(settings.CHI1_FOLDS):
             own = {protein.name for protein, f in zip(proteins, folds) if f == fold}
-            database.write_database(os.path.join(work, f"fold{fold}.tab"), proteins, reference, own)
+            database.write_database(os.path.join(work, f"fold{fold}.tab"), proteins, reference, extra.paired,
+                                    extra.database, own | _related(own, extra))
         mates = cluster_mates(proteins)
         parts = [[], [], []]
         order = np.random.default_rng(settings.SEED).permutation(len(proteins))[:settings.CHI1_PROTEINS]

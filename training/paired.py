@@ -85,6 +85,15 @@ def read_table(path, clusters):
     return proteins
 
 
+def shift_entries(folder):
+    """Shift database entry number of every protein."""
+    entries = {}
+    for name in ("proteins.tsv", "proteins-more.tsv"):
+        with open(os.path.join(folder, name), newline="") as handle:
+            entries.update((row["protein"], row["bmrb"]) for row in csv.DictReader(handle, delimiter="\t"))
+    return entries
+
+
 def read_training(folder):
     """Proteins of train and train-more without the excluded ones, each nucleus's referencing corrected."""
     clusters, offsets = _read_proteins(os.path.join(folder, "proteins.tsv"))

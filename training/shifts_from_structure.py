@@ -150,13 +150,19 @@ class PredictedShifts:
             if count % 250 == 0:
                 print(f"  predicted shifts: {count} of {len(chains)} chains", flush=True)
 
-    def related(self, proteins, cache_folder):
-        """Clusters (cl30) with a chain that holds or resembles one of the proteins."""
+    def relatives_of(self, proteins, cache_folder):
+        """{protein: clusters (cl30) with a chain that holds it or resembles it}."""
         folder = os.path.join(cache_folder, "blast")
         database = relatives.make_database({chain.name: chain.sequence() for chain in self.chains}, folder)
         queries = {protein.name: "".join(protein.code).upper() for protein in proteins}
-        hits = {subject for _, subject in relatives.blast_pairs(queries, database, folder)}
-        return {chain.cl30 for chain in self.chains if chain.name in hits or chain.paired}
+        cluster = {chain.name: chain.cl30 for chain in self.chains}
+        related = {name: set() for name in queries}
+        for query, subject in relatives.blast_pairs(queries, database, folder):
+            related[query].add(cluster[subject])
+        for chain in self.chains:
+            for name in chain.paired:
+                related.setdefault(name, set()).add(chain.cl30)
+        return related
 
     def _one_per_cluster(self, good):
         """Indices of the first (best) chain of every 50 % cluster among those that pass `good`."""
@@ -167,19 +173,18 @@ class PredictedShifts:
                 picked.append(k)
         return picked
 
-    def simulated(self, proteins, reference, cache_folder):
-        """Training proteins with simulated shifts, none related to the given proteins."""
-        related = self.related(proteins, cache_folder)
-        picked = self._one_per_cluster(lambda chain: chain.cl30 not in related and len(chain) >= 40
+    def simulated(self, proteins, reference, avoided):
+        """Training proteins with simulated shifts from chains of no avoided cluster."""
+        picked = self._one_per_cluster(lambda chain: chain.cl30 not in avoided and len(chain) >= 40
                                        and chain.resolution <= settings.SIMULATED_RESOLUTION)
         return simulate.simulated([self.chains[k] for k in picked], [self.secondary[k] for k in picked],
                                   [self.error[k] for k in picked], reference, self.pool,
                                   simulate.assigned_nuclei(proteins))
 
-    def database_chains(self, leave_out_clusters=()):
+    def database_chains(self):
         """[(protein, secondary, error)] of the fragment database: chains that hold no paired protein."""
         result = []
-        for k in self._one_per_cluster(lambda chain: not chain.paired and chain.cl30 not in leave_out_clusters
+        for k in self._one_per_cluster(lambda chain: not chain.paired
                                        and chain.resolution <= settings.DATABASE_RESOLUTION):
             protein, keep = simulate.as_protein(self.chains[k])
             result.append((protein, self.secondary[k][keep], self.error[k][keep]))
