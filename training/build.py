@@ -154,9 +154,11 @@ def main():
     if "sequence" in stages:
         build_sequence(data, protein_folds, context, options, cache, tab)
     if "chi1" in stages:
-        five = np.array(assign_folds(proteins, settings.CHI1_FOLDS, settings.SEED + 1))
-        candidates = chi1.dump_candidates(proteins, five, reference, extra, tool, home, os.path.abspath(options.cache))
-        chi1.train_all(proteins, five, candidates, options.cache, tab)
+        own_folds = protein_folds[:len(proteins)]
+        fold_model = cache.get("surf20-folds", None)
+        candidates = chi1.dump_candidates(proteins, own_folds, reference, extra, fold_model, boxes.box_weights(), tool,
+                                          home, os.path.abspath(options.cache))
+        chi1.train_all(proteins, own_folds, candidates, tab)
 
 
 if __name__ == "__main__":

@@ -42,32 +42,48 @@ def _related(own, extra):
     return {protein.name for protein, _, _ in extra.database if protein.cluster in clusters}
 
 
-def dump_candidates(proteins, folds, reference, extra, tool, home, folder):
+def fold_home(home, folder, fold_model, fold, weights):
+    """Installation like `home` whose box network never saw the fold: the member that held it out, three times."""
+    tab = os.path.join(folder, f"fold{fold}", "tab")
+    os.makedirs(tab, exist_ok=True)
+    for name in os.listdir(os.path.join(home, "tab")):
+        link = os.path.join(tab, name)
+        if os.path.lexists(link):
+            os.remove(link)
+        if not name.startswith("surf20.level1."):
+            os.symlink(os.path.join(home, "tab", name), link)
+    layers = [(weight[[fold] * 3], bias[[fold] * 3]) for weight, bias in fold_model.layers(weights)]
+    write_level(tab, "surf20", 1, layers, f"Fold {fold} held out")
+    return os.path.dirname(tab)
+
+
+def dump_candidates(proteins, folds, reference, extra, fold_model, weights, tool, home, folder):
     """Candidate fragments of every protein as the second pass hands them to the chi1 networks: query row, fragment
-    chi1, inputs. Each fold searches a database without its own homology clusters. Cached in chi1.npz."""
+    chi1, inputs. Each fold searches a database without its own homology clusters, under maps of a box network that
+    never saw them. Cached in chi1.npz."""
     cache = os.path.join(folder, "chi1.npz")
     if not os.path.exists(cache):
         work = os.path.join(folder, "chi1")
         os.makedirs(work, exist_ok=True)
         write_placeholders(os.path.join(home, "tab"))
-        for fold in range(settings.CHI1_FOLDS):
-            own = {protein.name for protein, f in zip(proteins, folds) if f == fold}
-            database.write_database(os.path.join(work, f"fold{fold}.tab"), proteins, reference, extra.paired,
-                                    extra.database, own | _related(own, extra))
         mates = cluster_mates(proteins)
         parts = [[], [], []]
-        order = np.random.default_rng(settings.SEED).permutation(len(proteins))[:settings.CHI1_PROTEINS]
         start = np.cumsum([0] + [len(protein) for protein in proteins])
-        for begin in range(0, len(order), 40):
+        for fold in range(settings.FOLDS):
+            own = {protein.name for protein, f in zip(proteins, folds) if f == fold}
+            library = os.path.join(work, f"fold{fold}.tab")
+            database.write_database(library, proteins, reference, extra.paired, extra.database,
+                                    own | _related(own, extra))
+            fold_folder = fold_home(home, work, fold_model, fold, weights)
             jobs, outputs = [], []
-            for chain in order[begin:begin + 40]:
+            for chain in np.nonzero(folds == fold)[0]:
                 protein = proteins[chain]
                 stem = os.path.join(work, protein.name)
                 write_input(stem + ".tab", protein, mask(protein, VARIANTS[chain % len(VARIANTS)]))
-                jobs.append(f"{stem}.tab {stem}.tsv -db {work}/fold{folds[chain]}.tab "
-                            f"-excl {','.join(mates[protein.name])}")
+                jobs.append(f"{stem}.tab {stem}.tsv -db {library} -excl {','.join(mates[protein.name])}")
                 outputs.append((chain, stem + ".tsv"))
-            run_dump(tool, "chi1", jobs, home, work)
+            run_dump(tool, "chi1", jobs, fold_folder, work)
+            os.remove(library)
             for chain, path in outputs:
                 _read_candidates(path, proteins[chain], start[chain], parts)
                 os.remove(path)
@@ -149,34 +165,40 @@ def calibrate(slots, truth, pooled=None):
     return np.exp(values - values.max())
 
 
-def train_all(proteins, folds, candidates, folder, tab):
-    """Trains the 17 networks on four fifths of the clusters, calibrates on the held fifth, writes all tables."""
+def _train(letter, x, target, rows, number):
+    """Layers of one chi1 network fitted on the given rows."""
+    rng = np.random.default_rng(settings.SEED + number)
+    centre, scale = standardisation(x[rows])
+    model = Ensemble(3, 39, HIDDEN, 1, centre, scale, settings.SEED + number)
+    steps = max(1, int(rows.sum()) // settings.BATCH)
+    train(model, _batches(x[rows], target[rows], rng), lambda net, a, b: member_mse(net(a), b),
+          settings.CHI1_EPOCHS, steps, f"chi1_{letter}")
+    return model.layers()
+
+
+def train_all(proteins, folds, candidates, tab):
+    """Trains the 17 networks on all proteins and calibrates them on scores of networks that held the protein out;
+    writes all tables. folds: fold number per protein."""
     query, chi1, x = candidates
-    code = "".join("".join(protein.code) for protein in proteins).upper()
-    own_chi1 = np.concatenate([protein.chi1 for protein in proteins])
-    fold = np.repeat(folds, [len(protein) for protein in proteins])
-    letters = np.frombuffer(code.encode(), np.uint8)
-    truth_state = rotamer(own_chi1)
+    letters = np.frombuffer("".join("".join(protein.code) for protein in proteins).upper().encode(), np.uint8)
+    fold = np.repeat(folds, [len(protein) for protein in proteins])[query]
+    truth_state = rotamer(np.concatenate([protein.chi1 for protein in proteins]))
     held = {}
     for number, letter in enumerate(settings.CHI1_TYPES):
         mine = (letters[query] == ord(letter)) & (truth_state[query] >= 0) & (rotamer(chi1) >= 0)
         target = (rotamer(chi1) != truth_state[query]).astype(np.float32)[:, None]
-        fit = mine & (fold[query] != 0)
-        rng = np.random.default_rng(settings.SEED + number)
-        centre, scale = standardisation(x[fit])
-        model = Ensemble(3, 39, HIDDEN, 1, centre, scale, settings.SEED + number)
-        steps = max(1, int(fit.sum()) // settings.BATCH)
-        train(model, _batches(x[fit], target[fit], rng), lambda net, a, b: member_mse(net(a), b),
-              settings.CHI1_EPOCHS, steps, f"chi1_{letter}")
-        layers = model.layers()
-        write_level(tab, f"chi1_{letter}", 1, layers,
+        slots, truth = [], []
+        for k in range(settings.FOLDS):
+            layers = _train(letter, x, target, mine & (fold != k), number)
+            test = mine & (fold == k)
+            score = evaluate_layers(layers, x[test].astype(float)).mean(axis=0)[:, 0]
+            queries, means = rotamer_means(query[test], chi1[test], score)
+            slots.append(bins(means))
+            truth.append(truth_state[queries])
+        held[letter] = (np.concatenate(slots), np.concatenate(truth))
+        write_level(tab, f"chi1_{letter}", 1, _train(letter, x, target, mine, number),
                     "Chi1 fragment score of residue type %s: near 0 same rotamer, near 1 another." % letter)
-        test = mine & (fold[query] == 0)
-        score = evaluate_layers(layers, x[test].astype(float)).mean(axis=0)[:, 0]
-        queries, means = rotamer_means(query[test], chi1[test], score)
-        held[letter] = (bins(means), truth_state[queries])
-    pooled = calibrate(np.concatenate([item[0] for item in held.values()]),
-                       np.concatenate([item[1] for item in held.values()]))
+    pooled = calibrate(*(np.concatenate(parts) for parts in zip(*held.values())))
     rows, summary = [], []
     for letter in settings.CHI1_TYPES:
         slots, truth = held[letter]
@@ -187,7 +209,7 @@ def train_all(proteins, folds, candidates, folder, tab):
         called = chance.max(axis=1) >= 0.6
         right = (chance.argmax(axis=1) == truth)[called].mean() if called.any() else math.nan
         summary.append(f"{letter}: {100 * called.mean():.0f} % called, {100 * right:.0f} % right")
-    print("  chi1 on the held fifth: " + "; ".join(summary), flush=True)
+    print("  chi1 of held-out proteins: " + "; ".join(summary), flush=True)
     write_table(os.path.join(tab, "chi1.tab"), ("RESNAME",) + tuple(str(k) for k in range(BINS)),
                 ("%-3s",) + ("%8.5f",) * BINS, rows,
                 ("Weight of a rotamer by the bin (tenths) of its mean chi1 score, per residue type.",

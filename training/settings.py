@@ -104,5 +104,3 @@ PROFILE_PROCESSES = 1
 RELATED_EVALUE = 1e-3  # sequences with such a local alignment are relatives
 CHI1_EPOCHS = 8
 CHI1_TYPES = "CDEFHIKLMNQRSTVWY"
-CHI1_FOLDS = 5
-CHI1_PROTEINS = 400  # at most; fewer save time
