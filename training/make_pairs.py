@@ -60,7 +60,7 @@ def write_pair(options, chains):
     rows = tables.paired_rows(name, found, shift_list, letters)
     tables.append_rows(options.paired, tables.PAIRED, rows)
     if options.proteins:
-        tables.append_rows(options.proteins, tables.PROTEINS, [tables.protein_row(name, found, rows)])
+        tables.append_rows(options.proteins, tables.PROTEINS, [tables.protein_row(name, found, shift_list.entry, rows)])
     values = sum(bool(cell) for row in rows for cell in row[tables.PAIRED.index("N"):])
     print(f"{name}: {len(rows)} residues, {values} shifts; {100 * found.identity:.1f} % identity over "
           f"{100 * found.coverage:.1f} % of the residues with shifts; DSSP by {source}")

@@ -28,6 +28,7 @@ COLUMNS = {
 class ShiftList:
     """`codes` holds one letter per residue, X for what is not one of the 20; `shifts` per position atom -> ppm."""
 
+    entry: str = ""  # BMRB number, as far as the data block's name tells
     codes: str = ""
     shifts: list = field(default_factory=list)
     remarks: list = field(default_factory=list)
@@ -130,14 +131,15 @@ def backbone_name(name, code):
 def read_shifts(path, list_id=None, assembly=None):
     """The shift list of one chain. InputError when the file is unreadable, holds no shifts, or holds several lists
     or chains and none was chosen."""
-    all_loops = [loop for block in load(path) for loop in loops(block)]
+    document = load(path)
+    all_loops = [loop for block in document for loop in loops(block)]
     rows = [row for _, table in all_loops for row in table if cell(row, "value") and cell(row, "atom")]
     if not rows:
         raise InputError(f"{path}: no table of assigned chemical shifts")
     rows = choose(path, rows, "list", list_id, "shift list", "--list")
     rows = choose(path, rows, "assembly", assembly, "chain (Entity_assembly_ID)", "--assembly")
     entity = cell(rows[0], "entity")
-    result = ShiftList()
+    result = ShiftList("".join(filter(str.isdigit, document[0].name)))
     named = {}
     for row in rows:
         position = number(cell(row, "number"))

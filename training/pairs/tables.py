@@ -6,7 +6,7 @@ from pairs.errors import InputError
 from pairs.star import ATOMS
 
 PAIRED = ("protein resid aa phi psi chi1 chi2 ss8 b_factor " + " ".join(ATOMS)).split()
-PROTEINS = ("protein cluster n_res identity resolution " + " ".join("n_" + atom for atom in ATOMS)).split()
+PROTEINS = ("protein bmrb cluster n_res identity resolution " + " ".join("n_" + atom for atom in ATOMS)).split()
 STRUCTURES = ("chain resid ins aa phi psi omega chi1 chi2 ss8 bmc flags " +
               " ".join(atom + axis for atom in ("N", "CA", "C", "O", "CB") for axis in "xyz") + " ring").split()
 CHAINS = ("chain table class method resolution rfree length breaks bfac left top8000 cl90 cl50 cl30 source file "
@@ -75,10 +75,10 @@ def paired_rows(name, match, shift_list, letters):
     return rows
 
 
-def protein_row(name, match, rows):
+def protein_row(name, match, entry, rows):
     """Every protein is a cluster of its own until homologous ones are given one label by hand."""
     counts = [sum(bool(row[PAIRED.index(atom)]) for row in rows) for atom in ATOMS]
-    return [name, name, str(len(rows)), f"{match.identity:.3f}", number(match.chain.resolution, 2), *map(str, counts)]
+    return [name, entry, name, str(len(rows)), f"{match.identity:.3f}", number(match.chain.resolution, 2), *map(str, counts)]
 
 
 def flags(residue):
