@@ -91,8 +91,8 @@ def section(options):
         ", ".join(f"{name} {size / 1e6:.2f} MB" for name, size in packed.items()) +
         f", tab/ {plain_size / 1e3:.0f} kB; {total / 1e6:.1f} MB in all. Unpacked: "
         f"{sum(group[1] for group in groups.values()) / 1e6:.0f} MB.",
-        f"Database: {inside:,} records of {proteins} proteins with observed shifts, {others:,} of {chains:,} chains with",
-        "predicted shifts. Loading: fastest of three readings by the program's own reader, one core.", "",
+        f"Database: {inside:,} records of {proteins} proteins with observed shifts, {others:,} of {chains:,} chains",
+        "with predicted shifts. Loading: fastest of three readings by the program's own reader, one core.", "",
         "| table or network | stage | content | from | files | rows | kB | loading, ms |",
         "| --- | --- | --- | --- | --- | --- | --- | --- |"]
     for name, (stage, content, origin) in ORIGINS.items():

@@ -141,12 +141,14 @@ def observed_sections(figures, folder, name):
         report.calibration(structure) + "\nBy the confidence (largest minus second largest probability):\n\n" +
         report.calibration(confidence, "confidence"))
     yield "chi1", (report.chi1_types(figures) + "\n" + report.chi1_confusion(r) +
-                   "\nProbability of the class given:\n\n" + report.calibration(called) + "\nEvery probability of g-, g+ and t:\n\n" +
+                   "\nProbability of the class given:\n\n" + report.calibration(called) +
+                   "\nEvery probability of g-, g+ and t:\n\n" +
                    report.calibration(report.rotamer_probabilities(figures)))
     order = report.order_correlations(r)
     yield "Order parameter", (
-        "S2 from shifts beside two properties of the crystal structure, which are no measurements of S2: B factors (low =\n"
-        "ordered) and the contact model of the truth table. Termini: the first and last three residues of the chain.\n\n" +
+        "S2 from shifts beside two properties of the crystal structure, which are no measurements of S2: B factors\n"
+        "(low = ordered) and the contact model of the truth table. Termini: the first and last three residues of the "
+        "chain.\n\n" +
         report.order_means(r) + "\n" + report.order_summary(order))
     yield "Proteins", ("<details><summary>One row per protein; the last two columns are correlations of S2 (Pearson)."
                        "</summary>\n\n" + report.protein_rows(figures, order) + "\n</details>\n")
@@ -163,8 +165,8 @@ def write_report(options, parts, figures, seconds):
         f"fitted to them. They were looked at {options.looked} times in all, this run included.")
     command = "scripts/accuracy.py --program build/release/orbeln --inputs INPUTS --truth TORSIONS.tsv"
     command += " --profiles PROFILES" if options.profiles else ""
-    text = (f"# Accuracy\n\nMeasured on {len(r.names)} proteins of known crystal structure ({int(r.known.sum())} residues "
-            f"with known torsions).{looked}\n\nMade by\n\n"
+    text = (f"# Accuracy\n\nMeasured on {len(r.names)} proteins of known crystal structure ({int(r.known.sum())} "
+            f"residues with known torsions).{looked}\n\nMade by\n\n"
             f"    ORBELN_DIR=build/release/install {command} --report docs/ACCURACY.md\n\n"
             f"on {datetime.date.today().isoformat()}, {seconds:.0f} s with {options.jobs} programs at a time. What the "
             "inputs must look like: `scripts/accuracy.py --help`.\n\n" + report.DEFINITIONS)
@@ -190,6 +192,7 @@ def print_headlines(parts):
             words = [f"{name} {report.cell(figure, 2) if isinstance(figure, tuple) else figure}"
                      for name, figure in numbers.items() if figure is not None]
             print(f"{key:11} {part:9} " + "; ".join(words))
+    print("\n" + report.overview(parts))
 
 
 def main(arguments=None):

@@ -210,11 +210,27 @@ def protein_rows(figures, order):
                   "structure from shifts right %", "chi1 class %", "chi1 right %", "S2 and -B", "S2 and contact"), rows)
 
 
+def overview(headlines):
+    """Headline figures without intervals, one row a variant: the table of the README."""
+    def plain(figure, digits=1):
+        return "" if figure is None else f"{figure[0]:.{digits}f}"
+
+    rows = []
+    for name, parts in headlines.items():
+        torsions, chi1, structure = parts.get("torsions", {}), parts.get("chi1", {}), parts["structure"]
+        both = " / ".join(plain(torsions.get("RMSD " + angle)) for angle in ("phi", "psi"))
+        rows.append((name, plain(torsions.get("accepted")), plain(torsions.get("accepted of searched")),
+                     plain(torsions.get("wrong"), 2), both.strip(" /"), plain(structure["Q3 shifts"]),
+                     plain(structure["Q3"]), plain(chi1.get("class")), plain(chi1.get("right"))))
+    return table(("input", "accepted, all %", "accepted, of searched %", "wrong %", "RMSD phi / psi",
+                  "SS from shifts %", "SS all %", "chi1 class %", "chi1 right %"), rows)
+
+
 DEFINITIONS = f"""Definitions. Residues: those with known phi and psi in the crystal structure. Searched: with enough
-shifts of their own and around them. Accepted: class Strong or Generous. Wrong: phi and psi together 60 degrees or more off the
-crystal (80 where the crystal's angles lie in a sparsely populated box), the program's own rule for Bad. RMSD and MAE (mean
-absolute error) in degrees, over those that are not wrong. Structure: DSSP in three states, H G I helix, E B strand, the
-rest coil; from shifts = classes H E L, without the chain ends, where the program writes coil unasked. chi1: residues with
-a crystal chi1; a class is given from a probability of 0.6 on; right = the crystal's rotamer; valine is named by the
-program's rule. In brackets: 95 % interval, {RESAMPLES} bootstrap samples of whole proteins, fixed seed.
+shifts of their own and around them. Accepted: class Strong or Generous. Wrong: phi and psi together 60 degrees or more
+off the crystal (80 where the crystal lies in a sparsely populated box), the program's own rule for Bad. RMSD and
+MAE (mean absolute error) in degrees, over those that are not wrong. Structure: DSSP in three states, H G I helix, E B
+strand, the rest coil; from shifts = classes H E L, without the chain ends, where the program writes coil unasked. chi1:
+residues with a crystal chi1; a class is given from a probability of 0.6 on; right = the crystal's rotamer; valine is
+named by the program's rule. In brackets: 95 % interval, {RESAMPLES} bootstrap samples of whole proteins, fixed seed.
 """

@@ -62,7 +62,8 @@ def paired_rows(name, match, shift_list, letters):
     """One row per residue of the 20 types; without shifts where the residue has no equal partner."""
     chain, rows = match.chain, []
     with_b = has_b_factors(chain)
-    for residue, partner, resid, letter in zip(chain.residues, match.partner, ascending_numbers(chain)[0], letters):
+    numbers = ascending_numbers(chain)[0]
+    for residue, partner, resid, letter in zip(chain.residues, match.partner, numbers, letters):
         if residue.code == "X":
             continue
         shifts = shift_list.shifts[partner] if partner is not None else {}
@@ -78,7 +79,8 @@ def paired_rows(name, match, shift_list, letters):
 def protein_row(name, match, entry, rows):
     """Every protein is a cluster of its own until homologous ones are given one label by hand."""
     counts = [sum(bool(row[PAIRED.index(atom)]) for row in rows) for atom in ATOMS]
-    return [name, entry, name, str(len(rows)), f"{match.identity:.3f}", number(match.chain.resolution, 2), *map(str, counts)]
+    return [name, entry, name, str(len(rows)), f"{match.identity:.3f}", number(match.chain.resolution, 2),
+            *map(str, counts)]
 
 
 def flags(residue):
