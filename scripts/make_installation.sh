@@ -59,9 +59,10 @@ mkdir -p "$out/tab" "$cache"
   --dump "$build/orbeln-dump" ${BLASTDB:+--blastdb "$BLASTDB"} ${QUICK:+--quick}
 "$python" training/pack.py --install "$out" --data "$out/data"
 scripts/checksums.sh "$out/data"
+others=$(comm -13 <(sort data/SHA256SUMS) <(sort "$out/data/SHA256SUMS") | sed 's/^[0-9a-f]* /  /')
 equal=$(comm -12 <(sort data/SHA256SUMS) <(sort "$out/data/SHA256SUMS") | wc -l)
-echo "$equal of $(wc -l < data/SHA256SUMS) committed files are reproduced bit for bit; the others:"
-comm -13 <(sort data/SHA256SUMS) <(sort "$out/data/SHA256SUMS") | sed 's/^[0-9a-f]* /  /'
+echo "$equal of $(wc -l < data/SHA256SUMS) committed files are reproduced bit for bit${others:+, but not:}"
+if [ -n "$others" ]; then echo "$others"; fi
 
 if [ "${ACCURACY:-yes}" = no ] || [ ! -r "$PAIRED/dev.tsv.xz" ] || [ ! -r "$PAIRED/dev-input.tar.xz" ]; then
   echo "accuracy not measured"
