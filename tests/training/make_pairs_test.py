@@ -129,12 +129,16 @@ class MakePairs(unittest.TestCase):
         self.assertEqual({row["ss8"] for row in rows[11:]} & {"H", "G", "I"}, set())
         self.assertEqual((self.rows("c.tsv")[0]["breaks"], self.rows("c.tsv")[0]["bfac"]), ("1", "y"))
 
-    def test_same_rows_from_mmcif(self):
+    def test_same_rows_from_mmcif_and_from_old_pdb_files(self):
         structure = gemmi.read_structure(self.path("a.pdb"))
         structure.make_mmcif_document().write_file(self.path("b.cif"))
+        lines = pdb_text(build(self.torsions)).splitlines()
+        self.write("old.pdb", "\n".join(f"{line[:72]:72s}1ABC{k:4d}" for k, line in enumerate(lines)) + "\n")
         self.run_tool("--structures", self.path("s.tsv"), "--name", "x")
-        self.run_tool("--structures", self.path("t.tsv"), "--name", "x", "--coordinates", self.path("b.cif"))
-        self.assertEqual(self.rows("s.tsv"), self.rows("t.tsv"))
+        for name in ("b.cif", "old.pdb"):
+            table = self.path(name + ".tsv")
+            self.run_tool("--structures", table, "--name", "x", "--coordinates", self.path(name))
+            self.assertEqual(self.rows("s.tsv"), self.rows(name + ".tsv"), name)
 
     def test_shifts_go_to_identical_residues_only(self):
         # The entry has a tag of three residues, valine 3 mutated to alanine, and the piece that the break hides

@@ -12,6 +12,7 @@ DISULFIDE = 2.5  # A between SG atoms
 # Main-chain geometry beyond these limits (A, degrees) gives no meaningful angles.
 N_CA, CA_C, N_CA_C = (1.29, 1.63), (1.37, 1.68), (93.0, 131.0)
 SHORTEST_CHAIN = 10
+OLD_PDB_WIDTH = 72
 RINGS = {"F": "CG CD1 CE1 CZ CE2 CD2", "Y": "CG CD1 CE1 CZ CE2 CD2", "H": "CG ND1 CE1 NE2 CD2",
          "W": "CG CD1 NE1 CE2 CD2 CE3 CZ3 CH2 CZ2"}
 GAMMA = {"V": "CG1", "I": "CG1", "T": "OG1", "S": "OG", "C": "SG"}
@@ -61,9 +62,16 @@ class Chain:
 
 def load(path):
     try:
-        structure = gemmi.read_structure(path)
+        try:
+            structure = gemmi.read_structure(path)
+        except (RuntimeError, ValueError) as error:
+            if "charge" not in str(error):
+                raise
+            # Before 1996 columns 73 to 80 held the entry's name and a line number.
+            structure = gemmi.read_pdb(path, max_line_length=OLD_PDB_WIDTH)
     except (RuntimeError, ValueError, OSError, IndexError) as error:
-        raise InputError(f"{path}: no readable PDB or mmCIF file: {error}") from error
+        reason = str(error).removeprefix(path + ": ")
+        raise InputError(f"{path}: no readable PDB or mmCIF file: {reason}") from error
     if len(structure) == 0:
         raise InputError(f"{path}: holds no atoms")
     return structure
@@ -80,7 +88,7 @@ def letter(name):
 
 def make_residue(group):
     """Residue of one number from its conformers: for every atom the best occupancy, None without N, CA and C. Atoms of
-    occupancy 0 were not seen."""
+    occupancy 0 were not seen; negative ones stand for none given."""
     best = {}
     alternate = len(group) > 1
     names = {}
@@ -91,7 +99,7 @@ def make_residue(group):
     for residue in group:
         for atom in residue if residue.name == name else ():
             alternate |= atom.altloc != "\0"
-            if atom.occ > 0.0 and not atom.is_hydrogen() and (atom.name not in best or atom.occ > best[atom.name].occ):
+            if atom.occ != 0.0 and not atom.is_hydrogen() and (atom.name not in best or atom.occ > best[atom.name].occ):
                 best[atom.name] = atom
     if not {"N", "CA", "C"} <= set(best) or best["CA"].element != gemmi.Element("C"):
         return None
