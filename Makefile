@@ -4,7 +4,7 @@ DEMO := build/demo
 RELEASE := build/release
 SOURCES = $(shell git ls-files -co --exclude-standard '*.cpp' '*.h')
 
-.PHONY: help demo test build debug-test bench format format-check tidy deps clean
+.PHONY: help demo test build debug-test bench installation checksums data-table format format-check tidy deps clean
 
 help: ## list the targets
 	@awk -F ':.*## ' '/^[a-z-]+:.*## / {printf "  make %-14s %s\n", $$1, $$2}' Makefile
@@ -40,6 +40,17 @@ bench: deps ## build and run the benchmarks (about 5 minutes, 450 MB in build/be
 	build/bench/bench/orbeln_bench --benchmark_out=build/bench/benchmark.json --benchmark_out_format=json
 	@command -v python3 >/dev/null || { echo "python3 is needed to write docs/PERFORMANCE.md" >&2; exit 1; }
 	@scripts/performance.py build/bench/benchmark.json docs/PERFORMANCE.md
+
+installation: deps ## train an installation: make installation PAIRED=DIR STRUCTURES=DIR OUT=DIR (hours)
+	@PAIRED="$(PAIRED)" STRUCTURES="$(STRUCTURES)" OUT="$(OUT)" CACHE="$(CACHE)" BLASTDB="$(BLASTDB)" \
+	  PROFILES="$(PROFILES)" LOOKED="$(LOOKED)" ACCURACY="$(ACCURACY)" QUICK="$(QUICK)" PYTHON="$(PYTHON)" \
+	  scripts/make_installation.sh
+
+checksums: ## write data/SHA256SUMS after the tables in data/ have changed
+	@scripts/checksums.sh
+
+data-table: build ## rewrite the table list of docs/DATA.md from the built installation
+	@scripts/data_table.py --install $(RELEASE)/install --dump $(RELEASE)/orbeln-dump --data data docs/DATA.md
 
 format: ## reformat every source file
 	@clang-format -i $(SOURCES)

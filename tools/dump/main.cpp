@@ -3,6 +3,7 @@
 //
 //   orbeln-dump inputs LIST   residue vectors of the phi/psi and secondary-structure networks
 //   orbeln-dump chi1 LIST     fragments handed to the chi1 networks by the second search pass
+//   orbeln-dump times         loading time of every table of the installation
 //
 // LIST holds one job a line: INPUT.tab OUTPUT.tsv [options as for orbeln]. The installation is found as by
 // orbeln (ORBELN_DIR or -orbelnDir); the triplet library is read once.
@@ -16,6 +17,7 @@
 #include "driver/ORBEL.h"
 #include "driver/command_line.h"
 #include "driver/maps.h"
+#include "table_times.h"
 #include "tables/text.h"
 
 namespace {
@@ -128,9 +130,16 @@ void dumpChi1(ORBEL& run, std::ostream& out) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  if (argc == 2 && std::string_view(argv[1]) == "times") {
+    const auto run = configure({});
+    if (reportTableTimes(run->tabDir, run->atomNames)) return 0;
+    std::cerr << "orbeln-dump: no tables in " << run->tabDir << ": set ORBELN_DIR to an installation\n";
+    return 1;
+  }
   const std::string mode = argc == 3 ? argv[1] : "";
   if (mode != "inputs" && mode != "chi1") {
     std::cerr << "Usage: orbeln-dump inputs|chi1 LIST\n"
+                 "       orbeln-dump times\n"
                  "LIST: one job a line, INPUT.tab OUTPUT.tsv [options as for orbeln]\n";
     return 1;
   }

@@ -1,0 +1,1 @@
+"""Accuracy of the built program on proteins of known structure; entry: ../accuracy.py."""
