@@ -24,6 +24,7 @@ from shifts_from_structure import PredictedShifts
 from write_tables import read_level, write_level
 
 QUICK_PROTEINS = 40
+QUICK_CHAINS = 40
 STAGES = ("reference", "inputs", "boxes", "structure", "sequence", "chi1")
 NO_STRUCTURES = SimpleNamespace(paired={}, database=[], simulated=[], relatives={})
 
@@ -89,9 +90,9 @@ def build_structure(data, folds, cache, tab):
 def build_sequence(data, protein_folds, context, options, cache, tab):
     """seqSS and seqSS15, on the paired proteins and, where given, the chains without shifts."""
     chains = structures.read_chains(options.structures, options.cache) if options.structures else []
+    chains = [chain for chain in chains if structures.usable(chain)][:QUICK_CHAINS if options.quick else None]
     proteins = [protein for protein in data.proteins if protein.variants is None]
-    stage = sequence_stage.SequenceStage(proteins, protein_folds[:len(proteins)], list(filter(structures.usable, chains)),
-                                         options.cache)
+    stage = sequence_stage.SequenceStage(proteins, protein_folds[:len(proteins)], chains, options.cache)
     networks = {"seqSS": sequence_stage.train_seqss(stage, context[:sum(map(len, proteins))], cache),
                 "seqSS15": sequence_stage.train_seqss15(stage, options.blastdb, cache)}
     for name, (level1, level2) in networks.items():

@@ -75,7 +75,8 @@ class SequenceNetwork:
             table = self.profiles.draw(rng)
             return lambda rows: windows(table, rows, self.half)
 
-        return self._train(features_of_epoch, rng, self.hidden, settings.SEQ_EPOCHS, "level 1")
+        epochs = getattr(settings, f"{self.name.upper()}_EPOCHS")
+        return self._train(features_of_epoch, rng, self.hidden, epochs, "level 1")
 
     def level1_outputs(self, table, rows=None):
         """Flagged table of out-of-fold outputs; of all residues, or of `rows` only."""

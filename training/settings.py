@@ -93,12 +93,13 @@ HYBRID_EPOCHS = 200
 HYBRID_ABSENT = 0.08  # share of windows whose outer residues are made absent
 SS_EPOCHS = 90
 SS_LEVEL2_EPOCHS = 20
-SEQ_EPOCHS = 4
+SEQSS_EPOCHS = 4
+SEQSS15_EPOCHS = 3
 SEQ_LEVEL2_EPOCHS = 6
 # A training sequence shows one of its profiles, by these weights: the sequence alone, against the sequences at hand,
 # against a large database. The last exists for the paired proteins and so many chains up to that length.
 PROFILE_SHARES = (0.2, 0.3, 0.5)
-DEEP_CHAINS = 700
+DEEP_CHAINS = 327
 DEEP_LENGTH = 450
 PROFILE_PROCESSES = 1
 RELATED_EVALUE = 1e-3  # sequences with such a local alignment are relatives
