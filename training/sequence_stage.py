@@ -56,11 +56,11 @@ class SequenceStage:
         return wanted[:len(self.proteins) + settings.DEEP_CHAINS]
 
     def profiles(self, database):
-        """Profiles against the sequences at hand and, where `database` names one, a large BLAST database (which then
-        serves the chains, too)."""
+        """Profiles against the sequences at hand and, where `database` names one, against it and a large BLAST database
+        together (which then serve the chains, too)."""
         sources = [self._searched("thin", self.database, self.names[:len(self.proteins)] if database else self.names)]
         if database:
-            sources.append(self._searched("deep", database, self._deep_names()))
+            sources.append(self._searched("deep", f"{database} {self.database}", self._deep_names()))
         return Profiles(self.residues, sources)
 
 
