@@ -126,7 +126,8 @@ def train_level1(windows, epochs, name, folds=None, seed=settings.SEED):
     simulated = settings.SIMULATED_SHARE
     return train(model, lambda: windows.batches(rng, shares, simulated),
                  lambda net, x, y, share: member_mse(net(x), y, share), epochs,
-                 mixed_steps(windows.inputs.real[windows.centres], simulated, settings.BATCH), name)
+                 mixed_steps(windows.inputs.real[windows.centres], simulated, settings.BATCH), name,
+                 settings.BOX_RATE, settings.BOX_DECAY if simulated > 0.0 else settings.WEIGHT_DECAY)
 
 
 @torch.no_grad()

@@ -72,10 +72,10 @@ def standardisation(x):
     return centre, np.where(scale > 1e-3, scale, 1.0)
 
 
-def train(model, batches, loss, epochs, steps, name, rate=settings.LEARNING_RATE):
+def train(model, batches, loss, epochs, steps, name, rate=settings.LEARNING_RATE, decay=settings.WEIGHT_DECAY):
     """AdamW with cosine decay. `batches()` yields the argument tuples of one epoch, `loss(model, *batch)` is
     minimised; `steps` is the number of batches per epoch."""
-    optimiser = torch.optim.AdamW(model.parameters(), lr=rate, weight_decay=settings.WEIGHT_DECAY)
+    optimiser = torch.optim.AdamW(model.parameters(), lr=rate, weight_decay=decay)
     schedule = torch.optim.lr_scheduler.OneCycleLR(optimiser, rate, total_steps=epochs * steps, pct_start=0.03,
                                                    cycle_momentum=False, div_factor=10.0, final_div_factor=1e3)
     done = 0

@@ -73,7 +73,8 @@ MODEL_TREES = 220
 ERROR_STRETCH = 12  # residues whose prediction errors are drawn together
 LARGEST_ERROR = 6.0  # expected errors
 SIMULATED_LACK = 0.04  # share of shifts left out at random
-SIMULATED_SHARE = 2.0  # simulated windows per real one in an epoch
+SIMULATED_SHARE = 3.0  # simulated windows per real one in an epoch of the box networks
+SS_SIMULATED_SHARE = 1.0  # the same of the structure networks, which are small
 SIMULATED_VARIANTS = 3  # input variants of one chain, the first is "observed"
 
 # --- networks ---------------------------------------------------------------------------------
@@ -83,15 +84,17 @@ LEARNING_RATE = 2e-3
 WEIGHT_DECAY = 0.02
 # Noise on the inputs, ppm: an offset per window and nucleus, and a share of the nucleus's spread per value.
 OFFSET_NOISE = {"HN": 0.05, "N": 0.3, "HA": 0.03, "C": 0.2, "CA": 0.2, "CB": 0.2}
-VALUE_NOISE = 0.10
+VALUE_NOISE = 0.05
 
-BOX_EPOCHS = 200
-BOX_FOLD_EPOCHS = 80
+BOX_RATE = 3e-3  # learning rate
+BOX_DECAY = 0.001  # with simulated windows, which leave little to overfit
+BOX_EPOCHS = 130
+BOX_FOLD_EPOCHS = 50
 BOX_LEVEL2_EPOCHS = 6
 BOX_LEVEL2_RATE = 5e-4
-HYBRID_EPOCHS = 200
+HYBRID_EPOCHS = 70
 HYBRID_ABSENT = 0.08  # share of windows whose outer residues are made absent
-SS_EPOCHS = 90
+SS_EPOCHS = 60
 SS_LEVEL2_EPOCHS = 20
 SEQSS_EPOCHS = 4
 SEQSS15_EPOCHS = 3

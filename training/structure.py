@@ -98,7 +98,7 @@ class Windows:
 
     def batches(self, rng, shares):
         variants = (rng.random(len(self.centres)) > self.cumulated).sum(axis=0).clip(max=len(self.rows) - 1)
-        for index in mixed(self.inputs.real[self.centres], settings.SIMULATED_SHARE, settings.BATCH, rng):
+        for index in mixed(self.inputs.real[self.centres], settings.SS_SIMULATED_SHARE, settings.BATCH, rng):
             centres = self.centres[index]
             yield (torch.from_numpy(self.inputs_of(variants[index], centres, rng)),
                    torch.from_numpy(self.target[centres]), None if shares is None else shares[:, centres])
@@ -153,7 +153,7 @@ def train_network(inputs, name, folds, seed):
     sample = windows.inputs_of(np.zeros(len(real[::5]), int), real[::5])
     sample = sample[np.isfinite(sample).all(axis=1)]
     centre, scale = standardisation(sample)
-    level1_steps = mixed_steps(inputs.real[windows.centres], settings.SIMULATED_SHARE, settings.BATCH)
+    level1_steps = mixed_steps(inputs.real[windows.centres], settings.SS_SIMULATED_SHARE, settings.BATCH)
     steps = len(real) // settings.BATCH
 
     def level1(members, shares, label):
