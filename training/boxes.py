@@ -132,10 +132,10 @@ def train_level1(windows, epochs, name, folds=None, seed=settings.SEED):
 
 @torch.no_grad()
 def level1_maps(model, windows, variant, folds):
-    """Maps (bump units) of every residue in the variant, rows x 324, each from the member that held the residue out.
+    """Maps (bump units) of every real residue in the variant, rows x 324, each from the member that held the residue out.
     Residues without a window get the mean of their protein's maps, as in the program."""
     inputs = windows.inputs
-    good = np.nonzero((windows.rows[variant] >= 0).all(axis=1))[0]
+    good = np.nonzero((windows.rows[variant] >= 0).all(axis=1) & inputs.real)[0]
     maps = np.full((inputs.count, BOXES), np.nan, np.float32)
     for part in np.array_split(good, max(1, len(good) // 4096)):
         output = model(torch.from_numpy(windows.inputs_of(variant, part)))

@@ -88,13 +88,13 @@ VALUE_NOISE = 0.05
 
 BOX_RATE = 3e-3  # learning rate
 BOX_DECAY = 0.001  # with simulated windows, which leave little to overfit
-BOX_EPOCHS = 130
-BOX_FOLD_EPOCHS = 50
+BOX_EPOCHS = 100
+BOX_FOLD_EPOCHS = 40
 BOX_LEVEL2_EPOCHS = 6
 BOX_LEVEL2_RATE = 5e-4
-HYBRID_EPOCHS = 70
+HYBRID_EPOCHS = 50
 HYBRID_ABSENT = 0.08  # share of windows whose outer residues are made absent
-SS_EPOCHS = 60
+SS_EPOCHS = 50
 SS_LEVEL2_EPOCHS = 20
 SEQSS_EPOCHS = 4
 SEQSS15_EPOCHS = 3

@@ -104,10 +104,10 @@ class Windows:
                    torch.from_numpy(self.target[centres]), None if shares is None else shares[:, centres])
 
     def level1_outputs(self, layers, variant, folds):
-        """Level-1 outputs of every residue of a variant, from the member that held the residue out. Residues without
+        """Level-1 outputs of every real residue of a variant, from the member that held the residue out. Residues without
         a window get the program's fill vector."""
         result = np.full((self.inputs.count, 3), np.nan)
-        centres = np.nonzero(self.good[variant])[0]
+        centres = np.nonzero(self.good[variant] & self.inputs.real)[0]
         x = self.inputs_of(np.full(len(centres), variant), centres)
         for fold in range(settings.FOLDS):
             part = folds[centres] == fold
