@@ -223,7 +223,7 @@ def train_level2(windows, fold_model, folds, epochs, seed=settings.SEED):
     rows = np.stack([windows.rows[v] for v in picked])[slots, centres]
     error = ((maps[slots, centres] - windows.targets(centres)) ** 2).sum(axis=1).mean()
     print(f"  surf20 level 2: level-1 error out of fold {error:.4f}, {len(slots)} windows", flush=True)
-    steps = windows.inputs.real[windows.centres].sum() // settings.BATCH
+    steps = int(windows.inputs.real[windows.centres].sum()) // settings.BATCH
 
     def batches():
         for index in np.split(rng.permutation(len(slots))[:steps * settings.BATCH], steps):
