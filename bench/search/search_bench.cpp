@@ -57,12 +57,11 @@ void finish(benchmark::State& state, const Lists& lists) {
 
 void prescreen(benchmark::State& state) {
   const ORBEL& run = setup();
+  static const ScreenIndex kIndex(run);
   search_test::Lists lists;
   for ([[maybe_unused]] auto _ : state) {
     Prescreen screen(run, kResid);
-    for (int p = 1; p < run.sourceCount; ++p) {
-      screen.scanSource(*run.fragmentDatabase, run.sourceStart.at(p), run.sourceEnd.at(p));
-    }
+    screen.scan(*run.fragmentDatabase, kIndex);
     lists = {screen.matches, screen.sameType};
   }
   finish(state, lists);

@@ -21,6 +21,9 @@ struct LineNode {
   std::vector<Val> values;           ///< in column order
   std::vector<std::string> strings;  ///< texts of the string cells
   std::int32_t index = 0;            ///< row number from 1
+
+  /// The cell of a column, counted from 1, as a single-precision number; 9999 for an unknown column.
+  float number(std::int32_t index1) const;
 };
 
 /// A table of typed rows. Format errors are reported on standard error and collected in `errorText`; the

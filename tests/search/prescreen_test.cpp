@@ -20,9 +20,7 @@ using search_test::plainScreen;
 
 Lists screen(const ORBEL& run, int resid) {
   Prescreen kernel(run, resid);
-  for (int p = 1; p < run.sourceCount; ++p) {
-    kernel.scanSource(*run.fragmentDatabase, run.sourceStart.at(p), run.sourceEnd.at(p));
-  }
+  kernel.scan(*run.fragmentDatabase, ScreenIndex(run));
   return {kernel.matches, kernel.sameType};
 }
 
