@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cmath>
 
 #include "driver/processor.h"
@@ -141,11 +142,12 @@ void evaluateBlock(const LayerWeights& weights, const std::vector<double>& bias,
 }  // namespace
 
 void LayerWeights::seal() {
-  maxAbs = 0.0;
-  for (const float value : w) {
-    if (!std::isfinite(value)) maxAbs = std::numeric_limits<double>::infinity();
-    maxAbs = std::max(maxAbs, std::fabs(static_cast<double>(value)));
-  }
+  // Without the sign, the bits of floats order as their magnitudes, infinity and what is no number last.
+  constexpr std::uint32_t kSign = 0x80000000U;
+  std::uint32_t largest = 0;
+  for (const float value : w) largest = std::max(largest, std::bit_cast<std::uint32_t>(value) & ~kSign);
+  const auto magnitude = static_cast<double>(std::bit_cast<float>(largest));
+  maxAbs = std::isfinite(magnitude) ? magnitude : std::numeric_limits<double>::infinity();
   runs.clear();
   firstRun.clear();
   for (int unit = 0; unit < rows; unit += kTile) {

@@ -103,8 +103,8 @@ void Prescreen::scanWith(const DB& db, const ScreenIndex& index) {
   int nextUpdate = 0;
   for (int begin = 0; begin < entries; begin += kBlock) {
     if (begin >= nextUpdate) {
-      updatePromising();
-      nextUpdate = begin + begin / 8;  // thresholds rise with the logarithm of the entries seen
+      updatePromising(index);
+      nextUpdate = begin + begin / 4;  // thresholds rise with the logarithm of the entries seen
     }
     std::size_t count = collectPromising(db, index, begin, std::min(begin + kBlock, entries));
     if (topMatches_.trimmed()) {
@@ -120,19 +120,29 @@ void Prescreen::scanWith(const DB& db, const ScreenIndex& index) {
 
 /// Keys whose prior at the centre leaves a chance to pass the thresholds. Thresholds only rise, so tables
 /// made for lower ones stay right.
-void Prescreen::updatePromising() {
+void Prescreen::updatePromising(const ScreenIndex& index) {
   const double match = topMatches_.threshold();
   const double type = topSameType_.threshold();
   if (match == promisingMatch_ && type == promisingType_) return;
   promisingMatch_ = match;
   promisingType_ = type;
-  const auto& prior = prior_[toIndex(halfWidth_)];
-  for (std::size_t key = toIndex(halfWidth_) * kBoxes; key < kKeys; ++key) {
-    const double highest = prior[key % kBoxes] + restHighest_[1];
+  std::array<std::uint8_t, kBoxes> lists{};
+  for (std::size_t box = 0; box < kBoxes; ++box) {
+    const double highest = prior_[toIndex(halfWidth_)][box] + restHighest_[1];
     // Written as "not below" so that a prior that is not a number stays in.
     const int matchBit = highest < match - margin_ ? 0 : kMatch;
     const int typeBit = highest < type - margin_ ? 0 : kSameType;
-    promising_[key] = static_cast<std::uint8_t>(matchBit | typeBit);
+    lists[box] = static_cast<std::uint8_t>(matchBit | typeBit);
+  }
+  for (std::size_t number = 0; number <= ScreenIndex::kCommonCodes; ++number) {
+    const bool known = number < index.codes.size();
+    if (!known && (number < ScreenIndex::kCommonCodes || !index.hasOtherCodes)) continue;
+    const std::uint8_t allowed = known ? centreCodes_[codeIndex(index.codes[number])] : kMatch | kSameType;
+    for (int reach = halfWidth_; reach <= kMaxHalfWidth; ++reach) {
+      std::uint8_t* const keys = promising_.data() + (number << ScreenIndex::kCodeShift) +
+                                 (toIndex(reach) << ScreenIndex::kReachShift);
+      for (std::size_t box = 0; box < kBoxes; ++box) keys[box] = lists[box] & allowed;
+    }
   }
 }
 
@@ -141,16 +151,17 @@ void Prescreen::updatePromising() {
 std::size_t Prescreen::collectPromising(const DB& db, const ScreenIndex& index, int begin, int end) {
   centres_.resize(kBlock);
   scores_.resize(kBlock);
+  const std::uint16_t* const keys = index.keys.data();
+  int* const centres = centres_.data();
   std::size_t count = 0;
   for (int entry = begin; entry < end; ++entry) {
-    const int lists =
-        promising_[index.keys[toIndex(entry)]] & centreCodes_[codeIndex(db.dbResName[toIndex(entry)])];
-    centres_[count] = entry;
-    count += lists != 0 ? 1 : 0;
+    centres[count] = entry;
+    count += promising_[keys[entry]] != 0 ? 1 : 0;
   }
-  if (!prolineFollows_) return count;
-  const auto last = std::remove_if(centres_.begin(), centres_.begin() + static_cast<std::ptrdiff_t>(count),
-                                   [&](int entry) { return db.dbResName[toIndex(entry) + 1] != 'P'; });
+  if (!prolineFollows_ && !index.hasOtherCodes) return count;
+  const auto last =
+      std::remove_if(centres_.begin(), centres_.begin() + static_cast<std::ptrdiff_t>(count),
+                     [&](int entry) { return !isCentre(db, index, entry, kMatch | kSameType); });
   return static_cast<std::size_t>(last - centres_.begin());
 }
 
@@ -241,7 +252,7 @@ int Prescreen::entryOfLowest(const DB& db, const ScreenIndex& index,
 /// Whether an unbroken fragment of the right type for the list is centred there.
 bool Prescreen::isCentre(const DB& db, const ScreenIndex& index, int entry, std::uint8_t list) const {
   const auto i = toIndex(entry);
-  if (index.keys[i] >> ScreenIndex::kReachShift < halfWidth_) return false;
+  if (ScreenIndex::reach(index.keys[i]) < halfWidth_) return false;
   if ((centreCodes_[codeIndex(db.dbResName[i])] & list) == 0) return false;
   return !prolineFollows_ || db.dbResName[i + 1] == 'P';
 }

@@ -32,7 +32,6 @@ class Prescreen {
  private:
   static constexpr std::size_t kPositions = 2 * kMaxHalfWidth + 1;
   static constexpr std::size_t kBoxes = ScreenIndex::kBoxMask + 1;
-  static constexpr std::size_t kKeys = kBoxes * (kMaxHalfWidth + 1);
   static constexpr std::size_t kCodes = 256;
   static constexpr std::uint8_t kMatch = 1, kSameType = 2;  ///< lists that a centre may enter, as bits
 
@@ -44,7 +43,8 @@ class Prescreen {
   std::array<std::array<double, kBoxes>, kPositions> prior_{};    ///< [k + h][box]: weight * prior
   std::array<std::array<double, kCodes>, kPositions> penalty_{};  ///< [k + h][code]: negative similarity / 10
   std::array<std::uint8_t, kCodes> centreCodes_{};  ///< [code]: lists for which a centre has the right type
-  std::array<std::uint8_t, kKeys> promising_{};  ///< [key]: lists that its centre's own box does not rule out
+  /// [key]: lists that a centre's own box and code do not rule out.
+  std::array<std::uint8_t, ScreenIndex::kKeys> promising_{};
   std::array<double, kPositions + 1>
       restHighest_{};    ///< [i]: most that the positions from the i-th outwards add
   double margin_ = 0.0;  ///< covers the rounding of the single-precision sum
@@ -57,7 +57,7 @@ class Prescreen {
   void fillPosition(const ORBEL& run, int resid, int k);
   void fillCentre(const ORBEL& run);
   void fillBounds();
-  void updatePromising();
+  void updatePromising(const ScreenIndex& index);
   std::size_t collectPromising(const DB& db, const ScreenIndex& index, int begin, int end);
   template <int h>
   void scanWith(const DB& db, const ScreenIndex& index);

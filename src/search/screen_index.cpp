@@ -2,14 +2,27 @@
 #include "search/screen_index.h"
 
 #include <algorithm>
+#include <array>
 
 #include "driver/maps.h"
 
 ScreenIndex::ScreenIndex(const ORBEL& run) {
   const DB& db = *run.fragmentDatabase;
   keys.resize(toIndex(db.entryCount));
+  std::array<int, 256> numbers{};  // from 1
   for (std::size_t i = 0; i < keys.size(); ++i) {
-    keys[i] = static_cast<std::uint16_t>(std::min<std::uint32_t>(db.dbClass[i], kNoBox));
+    int& number = numbers[static_cast<unsigned char>(db.dbResName[i])];
+    if (number == 0) {
+      if (codes.size() < kCommonCodes) {
+        codes.push_back(db.dbResName[i]);
+        number = static_cast<int>(codes.size());
+      } else {
+        hasOtherCodes = true;
+        number = static_cast<int>(kCommonCodes) + 1;
+      }
+    }
+    const auto box = std::min<std::uint32_t>(db.dbClass[i], kNoBox);
+    keys[i] = static_cast<std::uint16_t>(box | static_cast<std::uint32_t>(number - 1) << kCodeShift);
   }
   std::vector<int> back;
   for (int p = 1; p < run.sourceCount; ++p) {

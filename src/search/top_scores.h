@@ -38,7 +38,7 @@ class TopScores {
 
  private:
   static constexpr std::size_t kSlots = 4096;
-  static constexpr std::size_t kLimit = 1500;  ///< scores held before the lowest are dropped
+  static constexpr std::size_t kLimit = 2000;  ///< scores held before the lowest are dropped
 
   struct Slot {
     Score score;

@@ -1,6 +1,8 @@
 // Typed reader of large numeric tables: reports format errors and goes on.
 #include "tables/GDB2.h"
 
+#include <algorithm>
+#include <cstring>
 #include <iostream>
 
 #include "tables/LineReader.h"
@@ -10,8 +12,7 @@
 
 namespace {
 
-constexpr std::int32_t kInteger = 0, kFloat = 1, kString = 2;
-constexpr float kNoValue = 9999.0F;
+constexpr std::int32_t kInteger = 0, kFloat = LineNode::kFloat, kString = 2;
 
 static_assert(LineReader::kPadding >= kShortDecimalPadding);
 
@@ -52,15 +53,27 @@ const char* convertCell(const char* p, const char* end, LineNode& node, LineNode
 /// Fills `node` from a line that holds exactly `columns` cells; false for any other line.
 bool convertRow(std::string_view line, std::size_t columns, const std::vector<std::int32_t>& types,
                 LineNode& node) {
+  static constexpr std::string_view kZeros = "0 0 0 0 ";  // cells of sparse tables, four at a time
+  constexpr std::size_t kTogether = 4;
   const char* p = line.data();
   const char* const end = p + line.size();
+  // Zero in either numeric type. A VARS line after the FORMAT line may ask for more columns than have a type:
+  // these are integers.
   node.values.resize(columns);
-  for (std::size_t i = 0; i < columns; ++i) {
+  const std::size_t typed = std::min(columns, types.size());
+  for (std::size_t i = 0; i < typed; ++i) node.values[i].typeCode = types[i];
+  const bool numeric = std::find(types.begin(), types.end(), kString) == types.end();
+  std::size_t i = 0;
+  while (i < columns) {
     while (p != end && text::isSpace(*p)) ++p;
     if (p == end) return false;
-    // A VARS line after the FORMAT line may ask for more columns than have a type: these are integers.
-    node.values[i].typeCode = i < types.size() ? types[i] : kInteger;
-    p = convertCell(p, end, node, node.values[i]);
+    if (numeric && i + kTogether <= columns && std::memcmp(p, kZeros.data(), kZeros.size()) == 0) {
+      p += kZeros.size();
+      i += kTogether;
+    } else {
+      p = convertCell(p, end, node, node.values[i]);
+      ++i;
+    }
   }
   while (p != end && text::isSpace(*p)) ++p;
   return p == end;
@@ -201,14 +214,11 @@ float GDB2::getFloatNodeVal(std::int32_t row, std::string_view name) const {
 
 float GDB2::getFloatNodeVal(std::int32_t row, std::int32_t index1) const {
   const LineNode* node = getLineEntry(row);
-  return node == nullptr ? kNoValue : node->number(index1);
+  return node == nullptr ? LineNode::kNoValue : node->number(index1);
 }
 
-float LineNode::number(std::int32_t index1) const {
-  if (index1 < 1 || static_cast<std::size_t>(index1) > values.size()) return kNoValue;
-  const Val& cell = values[static_cast<std::size_t>(index1) - 1];
+float LineNode::otherNumber(const Val& cell) const {
   if (cell.typeCode == kInteger) return static_cast<float>(cell.integer);
-  if (cell.typeCode == kFloat) return cell.real;
   return static_cast<float>(text::toDouble(strings[static_cast<std::size_t>(cell.integer)]));
 }
 
