@@ -92,9 +92,9 @@ ORBELN_AVX2 void avx2Tile(const LayerWeights& weights, std::size_t begin, std::s
 #endif
 
 /// `small`: all inputs are finite and no partial sum leaves the 32-bit integers.
-TileFunction chooseTile(bool small) {
+TileFunction chooseTile(bool small, [[maybe_unused]] KernelVersion version) {
 #ifdef ORBELN_AVX2
-  if (hasAvx2()) return small ? avx2Tile<true> : avx2Tile<false>;
+  if (version == KernelVersion::Widest && hasAvx2()) return small ? avx2Tile<true> : avx2Tile<false>;
 #endif
   return small ? baselineTile<SmallTruncation, true> : baselineTile<AnyTruncation, false>;
 }
@@ -118,10 +118,10 @@ void appendActivated(double sum, int activation, std::vector<double>& output) {
 
 void evaluateBlock(const LayerWeights& weights, const std::vector<double>& bias,
                    std::span<const std::vector<double>> inputs, std::span<std::vector<double>> outputs,
-                   int activation) {
+                   int activation, KernelVersion version) {
   // A partial sum is at most one product plus a remainder below one. NaN fails the comparison as well.
   const bool small = largestMagnitude(inputs) * weights.maxAbs + 1.0 < kInt32Limit;
-  const TileFunction addTile = chooseTile(small);
+  const TileFunction addTile = chooseTile(small, version);
   const std::size_t rows = static_cast<std::size_t>(weights.rows);
   TileSums sums;
   for (std::size_t begin = 0; begin < rows; begin += kTile) {
@@ -176,9 +176,9 @@ void LayerWeights::appendRuns(int firstUnit, int input) {
 
 void evaluateLayer(const LayerWeights& weights, const std::vector<double>& bias,
                    std::span<const std::vector<double>> inputs, std::span<std::vector<double>> outputs,
-                   int activation) {
+                   int activation, KernelVersion version) {
   for (std::size_t begin = 0; begin < inputs.size(); begin += kVectors) {
     const std::size_t n = std::min(kVectors, inputs.size() - begin);
-    evaluateBlock(weights, bias, inputs.subspan(begin, n), outputs.subspan(begin, n), activation);
+    evaluateBlock(weights, bias, inputs.subspan(begin, n), outputs.subspan(begin, n), activation, version);
   }
 }

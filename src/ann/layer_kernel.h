@@ -48,6 +48,10 @@ struct LayerWeights {
 inline constexpr int kLinear = 0;
 inline constexpr int kTanh = 1;
 
+/// Which version of the kernel runs: the widest that the processor has, or the one for every processor. The
+/// results are the same.
+enum class KernelVersion : std::uint8_t { Widest, Baseline };
+
 /// Evaluates one layer for several input vectors at once and appends each vector's unit values to its output.
 /// Every input must hold `weights.cols` values and `bias` `weights.rows`.
 ///
@@ -56,4 +60,4 @@ inline constexpr int kTanh = 1;
 /// the vectors.
 void evaluateLayer(const LayerWeights& weights, const std::vector<double>& bias,
                    std::span<const std::vector<double>> inputs, std::span<std::vector<double>> outputs,
-                   int activation);
+                   int activation, KernelVersion version = KernelVersion::Widest);
