@@ -159,16 +159,15 @@ void LayerWeights::seal() {
   firstRun.push_back(runs.size());
 }
 
-/// Runs of one tile for one input; a few zeros inside a run cost less than another run.
+/// Runs of one tile for one input, in whole steps.
 void LayerWeights::appendRuns(int firstUnit, int input) {
-  constexpr int kGap = 2 * kStep;
   const float* values = w.data() + index(firstUnit, input);
-  int end = -kGap;  // of the run being extended
+  int end = -1;  // of the run being extended
   for (int j = 0; j < kTile; j += kStep) {
     bool zero = true;
     for (int u = 0; u < kStep; ++u) zero = zero && values[j + u] == 0.0F;
     if (zero) continue;
-    if (j - end >= kGap) runs.push_back({static_cast<std::int16_t>(j), 0});
+    if (j != end) runs.push_back({static_cast<std::int16_t>(j), 0});
     end = j + kStep;
     runs.back().end = static_cast<std::int16_t>(end);
   }

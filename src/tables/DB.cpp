@@ -1,12 +1,7 @@
 // Reading of the fragment database into flat arrays.
 #include "tables/DB.h"
 
-#if __has_include(<sys/mman.h>)
-#include <sys/mman.h>
-#endif
-
 #include <algorithm>
-#include <cstdint>
 #include <cstdlib>
 #include <iostream>
 #include <string_view>
@@ -20,27 +15,14 @@ bool isRecordLine(std::string_view line) {
   return !line.empty() && line.front() != '#';
 }
 
-/// An array left uninitialised on purpose: pages beyond the last entry are never touched and cost no memory.
-template <class Value>
-void allocate(std::unique_ptr<Value[]>& array, std::size_t n) {
-  array = std::make_unique_for_overwrite<Value[]>(n);
-#ifdef MADV_HUGEPAGE
-  // Large pages are filled much faster; where the system has none, nothing changes.
-  constexpr std::uintptr_t kLargePage = std::uintptr_t{1} << 21;
-  const auto start = reinterpret_cast<std::uintptr_t>(array.get());
-  const std::uintptr_t begin = (start + kLargePage - 1) & ~(kLargePage - 1);
-  const std::uintptr_t end = (start + n * sizeof(Value)) & ~(kLargePage - 1);
-  if (begin < end) madvise(array.get() + (begin - start) / sizeof(Value), end - begin, MADV_HUGEPAGE);
-#endif
-}
-
 void allocate(DB& db, std::size_t n) {
-  allocate(db.dbShifts, n * DB::kShiftsPerEntry);
-  allocate(db.dbAngles, n * DB::kAnglesPerEntry);
-  allocate(db.dbResid, n);
-  allocate(db.dbClass, n);
-  allocate(db.dbResName, n);
-  allocate(db.dbSource, n);
+  // Left uninitialised on purpose: pages beyond the last entry are never touched and cost no memory.
+  db.dbShifts = std::make_unique_for_overwrite<float[]>(n * DB::kShiftsPerEntry);
+  db.dbAngles = std::make_unique_for_overwrite<float[]>(n * DB::kAnglesPerEntry);
+  db.dbResid = std::make_unique_for_overwrite<std::uint32_t[]>(n);
+  db.dbClass = std::make_unique_for_overwrite<std::uint32_t[]>(n);
+  db.dbResName = std::make_unique_for_overwrite<char[]>(n);
+  db.dbSource = std::make_unique_for_overwrite<const std::string*[]>(n);
 }
 
 void release(DB& db) {

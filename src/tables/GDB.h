@@ -74,4 +74,7 @@ class GDB {
   std::map<std::int32_t, std::string> varNames;    ///< column index from 0
   std::map<std::int32_t, std::string> varFormats;  ///< with the text that followed, up to the next '%'
   std::map<std::int32_t, Row> entries;             ///< row number -> row
+
+ private:
+  std::int32_t lastSet = -1;  // column of the last setEntry
 };
