@@ -57,13 +57,22 @@ fs::path workDirectory() {
   return directory;
 }
 
-void shipped(benchmark::State& state) {
+void runUbiquitin(benchmark::State& state, const std::string& installation) {
   const fs::path directory = workDirectory();
   fs::copy_file(fs::path(ORBELN_EXAMPLES) / "ubiquitin/ubiquitin.tab", directory / "ubiquitin.tab",
                 fs::copy_options::overwrite_existing);
-  runProgram(state, directory, ORBELN_INSTALL, "-in ubiquitin.tab");
+  runProgram(state, directory, installation, "-in ubiquitin.tab");
 }
-BENCHMARK(shipped)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(3);
+
+void shipped(benchmark::State& state) {
+  runUbiquitin(state, ORBELN_INSTALL);
+}
+BENCHMARK(shipped)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(1)->Repetitions(5);
+
+void fullSize(benchmark::State& state) {
+  runUbiquitin(state, bench::fullSize());
+}
+BENCHMARK(fullSize)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(1)->Repetitions(5);
 
 void byResidues(benchmark::State& state) {
   const auto residues = static_cast<int>(state.range(0));
@@ -79,7 +88,8 @@ BENCHMARK(byResidues)
     ->Arg(600)
     ->Unit(benchmark::kMillisecond)
     ->UseRealTime()
-    ->Iterations(1);
+    ->Iterations(1)
+    ->Repetitions(2);
 
 void byRecords(benchmark::State& state) {
   const auto records = static_cast<int>(state.range(0));
@@ -96,6 +106,7 @@ BENCHMARK(byRecords)
     ->Arg(2330110)
     ->Unit(benchmark::kMillisecond)
     ->UseRealTime()
-    ->Iterations(1);
+    ->Iterations(1)
+    ->Repetitions(2);
 
 }  // namespace

@@ -66,14 +66,14 @@ void prescreen(benchmark::State& state) {
   }
   finish(state, lists);
 }
-BENCHMARK(prescreen)->Unit(benchmark::kMillisecond);
+BENCHMARK(prescreen)->Unit(benchmark::kMillisecond)->Iterations(20)->Repetitions(3);
 
 void prescreenPlain(benchmark::State& state) {
   search_test::Lists lists;
   for ([[maybe_unused]] auto _ : state) lists = search_test::plainScreen(setup(), kResid);
   finish(state, lists);
 }
-BENCHMARK(prescreenPlain)->Unit(benchmark::kMillisecond)->Iterations(1);
+BENCHMARK(prescreenPlain)->Unit(benchmark::kMillisecond)->Iterations(1)->Repetitions(3);
 
 void ranking(benchmark::State& state) {
   const ORBEL& run = setup();
