@@ -57,6 +57,7 @@ void addTypeTerms(const int* nameIds, const std::vector<double>& terms, std::siz
 
 std::vector<double> typeTerms(const std::vector<double>& homology, double scale) {
   std::vector<double> terms;
+  terms.reserve(homology.size());
   for (const double h : homology) terms.push_back(scale * (h * h));
   return terms;
 }
