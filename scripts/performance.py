@@ -67,6 +67,8 @@ def rate(row):
         parts.append(f"{row['items_per_second']:.3g} items/s")
     if "bytes_per_second" in row:
         parts.append(f"{row['bytes_per_second'] / 1e6:.0f} MB/s")
+    if "processor_ms" in row:
+        parts.append(f"processor {row['processor_ms']:.0f} ms")
     if "peak_MB" in row:
         parts.append(f"peak {row['peak_MB']:.0f} MB")
     return ", ".join(parts)
@@ -105,6 +107,8 @@ def target_lines(best):
         else:
             met = value >= limit if limit > 0 else value <= -limit
             measured = f"{value:.3g} {unit}" + ("" if met else " (missed)")
+            if kind == "s":
+                measured += f", processor time {best[name]['processor_ms'] / 1e3:.2f} s"
         bound = "at least" if limit > 0 else "at most"
         lines.append(f"| {what} | {bound} {abs(limit)} {unit} | {measured} |")
     return lines
