@@ -1,12 +1,28 @@
 #!/usr/bin/env python3
 """Turns Google Benchmark's JSON into docs/PERFORMANCE.md.
 
-usage: performance.py BENCHMARK.json PERFORMANCE.md
+usage: performance.py BENCHMARK.json PERFORMANCE.md [IDENTITY.txt]
+
+IDENTITY.txt holds what scripts/same_output.py printed for the builds before and after the last change of a kernel; its
+last line is quoted.
 """
 import json
 import platform
 import sys
 from datetime import date
+
+# what, benchmark, figure of its row, unit, at least (+) or at most (-)
+TARGETS = [
+    ("layer evaluation, level 1", "layer/180/160/1000", "ratio", "x plain", +8),
+    ("layer evaluation, level 2", "layer/1620/1620/1000", "ratio", "x plain", +8),
+    ("pre-screen of one residue", "prescreen", "ratio", "x plain", +20),
+    ("database loading", "databaseLoad", "ratio", "x sscanf loop", +5),
+    ("database loading", "databaseLoad", "MB/s", "MB/s", +300),
+    ("weight reading", "weightTable", "MB/s", "MB/s", +150),
+    ("ubiquitin, full-size installation", "fullSize", "s", "s", -2.0),
+    ("ubiquitin, full-size installation, peak memory", "fullSize", "peak", "MB", -450),
+    ("ubiquitin, shipped installation", "shipped", "s", "s", -0.7),
+]
 
 
 def processor():
@@ -17,59 +33,140 @@ def processor():
         return platform.machine()
 
 
+def title(row):
+    return row["name"].split("/iterations")[0].split("/repeats")[0].replace("/real_time", "").replace("/manual_time", "")
+
+
+def is_wall(row):
+    return "real_time" in row["name"] or "manual_time" in row["name"]
+
+
+def shown_time(row):
+    return row["real_time"] if is_wall(row) else row["cpu_time"]
+
+
+def fastest(rows):
+    """The fastest repetition of every benchmark, in the order of the report."""
+    best = {}
+    for row in rows:
+        name = title(row)
+        if row.get("error_occurred"):
+            best.setdefault(name, row)
+        elif name not in best or best[name].get("error_occurred") or shown_time(row) < shown_time(best[name]):
+            best[name] = row
+    return best
+
+
+def checksum(row):
+    return f"{int(row['checksum']):06d}" if "checksum" in row else ""
+
+
 def rate(row):
     parts = []
     if "items_per_second" in row:
         parts.append(f"{row['items_per_second']:.3g} items/s")
     if "bytes_per_second" in row:
         parts.append(f"{row['bytes_per_second'] / 1e6:.0f} MB/s")
+    if "processor_ms" in row:
+        parts.append(f"processor {row['processor_ms']:.0f} ms")
     if "peak_MB" in row:
         parts.append(f"peak {row['peak_MB']:.0f} MB")
     return ", ".join(parts)
 
 
-def title(row):
-    return row["name"].split("/iterations")[0]
+def plain_of(row, best):
+    """The plain rendering of the same work in the same run, if there is one."""
+    name, _, arguments = title(row).partition("/")
+    return best.get(name + "Plain" + ("/" + arguments if arguments else ""))
 
 
-def plain_rows(rows):
-    """Benchmark title -> the plain rendering of the same work in the same run."""
-    return {title(row).replace("Plain", "", 1): row for row in rows if "Plain" in row["name"]}
+def ratio(row, best):
+    other = plain_of(row, best)
+    return other["cpu_time"] / row["cpu_time"] if other is not None else None
+
+
+def figure(name, what, best):
+    row = best.get(name)
+    if row is None or row.get("error_occurred"):
+        return None
+    seconds = shown_time(row) * {"ns": 1e-9, "us": 1e-6, "ms": 1e-3, "s": 1.0}[row["time_unit"]]
+    return {
+        "ratio": lambda: ratio(row, best),
+        "MB/s": lambda: row["bytes_per_second"] / 1e6,
+        "s": lambda: seconds,
+        "peak": lambda: row["peak_MB"],
+    }[what]()
+
+
+def target_lines(best):
+    lines = ["## Targets", "", "| what | target | measured |", "| --- | --- | --- |"]
+    for what, name, kind, unit, limit in TARGETS:
+        value = figure(name, kind, best)
+        if value is None:
+            measured = "not measured"
+        else:
+            met = value >= limit if limit > 0 else value <= -limit
+            measured = f"{value:.3g} {unit}" + ("" if met else " (missed)")
+            if kind == "s":
+                measured += f", processor time {best[name]['processor_ms'] / 1e3:.2f} s"
+        bound = "at least" if limit > 0 else "at most"
+        lines.append(f"| {what} | {bound} {abs(limit)} {unit} | {measured} |")
+    return lines
+
+
+def stage_lines(best):
+    """One row per stage, a column per installation."""
+    stages = {}
+    for name, row in best.items():
+        parts = name.split("/")
+        if parts[0] == "stage" and not row.get("error_occurred"):
+            stages.setdefault(parts[2], {})[parts[1]] = shown_time(row)
+    lines = ["## Stages of the ubiquitin run", "", "Processor time in milliseconds, inside one process.", "",
+             "| stage | full-size installation | shipped installation |", "| --- | --- | --- |"]
+    for stage, times in stages.items():
+        lines.append(f"| {stage} | {times.get('fullSize', 0):.1f} | {times.get('shipped', 0):.1f} |")
+    sums = [sum(times.get(which, 0) for times in stages.values()) for which in ("fullSize", "shipped")]
+    lines.append(f"| all | {sums[0]:.0f} | {sums[1]:.0f} |")
+    return lines
+
+
+def benchmark_lines(best):
+    lines = ["## Benchmarks", "", "| benchmark | time | rate | checksum | times faster than plain |",
+             "| --- | --- | --- | --- | --- |"]
+    for name, row in best.items():
+        if row.get("error_occurred"):
+            lines.append(f"| {name} | failed: {row['error_message']} | | | |")
+            continue
+        if name.startswith("stage/"):
+            continue
+        faster = ratio(row, best)
+        text = f"{faster:.1f}" if faster is not None else ""
+        if faster is not None and checksum(plain_of(row, best)) != checksum(row):
+            text += " (RESULTS DIFFER)"
+        lines.append(f"| {name} | {shown_time(row):.3g} {row['time_unit']} | {rate(row)} | {checksum(row)} | {text} |")
+    return lines
 
 
 def main():
-    if len(sys.argv) != 3:
+    if len(sys.argv) not in (3, 4):
         sys.exit(__doc__)
     with open(sys.argv[1], encoding="utf-8") as source:
         report = json.load(source)
-    rows = [row for row in report["benchmarks"] if row.get("run_type") != "aggregate"]
-    plain = plain_rows(rows)
+    best = fastest([row for row in report["benchmarks"] if row.get("run_type") != "aggregate"])
     lines = [
         "# Performance",
         "",
-        f"`make bench`, {date.today().isoformat()}, {processor()}, one core used. Times are of one call (kernels) or one",
-        "run of the program (wall time, start and reading of all tables included). The database has 2,330,110 records",
-        "unless a row says otherwise; kernels with a plain rendering are compared with it in the same run, and equal",
-        "checksums show equal results. The plain renderings are those that the tests compare bit for bit.",
+        f"`make bench`, {date.today().isoformat()}, {processor()}, one core used; the fastest of the repetitions. Times are of",
+        "one call (kernels) or one run of the program (wall time, start and reading of all tables included). The database has",
+        "2,330,110 records unless a row says otherwise; kernels with a plain rendering are compared with it in the same run, and",
+        "equal checksums show equal results. The plain renderings are those that the tests compare bit for bit.",
         "",
-        "| benchmark | time | rate | checksum | times faster than plain |",
-        "| --- | --- | --- | --- | --- |",
     ]
-    for row in rows:
-        if row.get("error_occurred"):
-            lines.append(f"| {row['name']} | failed: {row['error_message']} | | | |")
-            continue
-        ratio = ""
-        other = plain.get(title(row))
-        if other is not None and "Plain" not in row["name"]:
-            ratio = f"{other['cpu_time'] / row['cpu_time']:.1f}"
-            if int(other["checksum"]) != int(row["checksum"]):
-                ratio += " (RESULTS DIFFER)"
-        time = row["real_time"] if "real_time" in row["name"] else row["cpu_time"]
-        lines.append(
-            f"| {title(row)} | {time:.3g} {row['time_unit']} | {rate(row)} |"
-            f" {int(row['checksum']):06d} | {ratio} |"
-        )
+    if len(sys.argv) == 4:
+        with open(sys.argv[3], encoding="utf-8") as source:
+            lines += [f"Output before and after the last change of the kernels (`scripts/same_output.py`): "
+                      f"{source.read().strip().splitlines()[-1]}.", ""]
+    lines += target_lines(best) + [""] + stage_lines(best) + [""] + benchmark_lines(best)
     with open(sys.argv[2], "w", encoding="utf-8") as out:
         out.write("\n".join(lines) + "\n")
     if any("DIFFER" in line for line in lines):

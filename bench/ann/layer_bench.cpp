@@ -3,6 +3,7 @@
 #include <map>
 #include <random>
 
+#include "ann/SURFANN.h"
 #include "ann/layer_kernel.h"
 #include "ann/plain_layer.h"
 #include "bench.h"
@@ -81,6 +82,25 @@ BENCHMARK(layerPlain)
     ->Args({1620, 1620, 1000})
     ->Args({1620, 1620, 15})
     ->Unit(benchmark::kMillisecond);
+
+/// Level 1 of the phi/psi network: three members of three layers, 76 residues.
+void networkLevel(benchmark::State& state) {
+  SURFANN network(160, 180, 324, 1620, 360, 324, std::string(bench::fullSize()) + "/tab", "surf20");
+  network.setHybrid(1);  // level 1 only
+  network.loadWeights();
+  std::mt19937 random(8);
+  for (int resid = 1; resid <= kResidues; ++resid) {
+    for (int i = 0; i < 160; ++i)
+      network.level1Inputs[resid].push_back(static_cast<double>(random()) / 2147483648.0 - 1.0);
+  }
+  for ([[maybe_unused]] auto _ : state) network.calcLevel1();
+  state.SetItemsProcessed(state.iterations() * kResidues * 3 * (160 * 160 + 180 * 160 + 324 * 180));
+  bench::Checksum checksum;
+  for (const auto& [resid, output] : network.level1Outputs)
+    checksum.add(output.data(), sizeof(double) * output.size());
+  checksum.report(state);
+}
+BENCHMARK(networkLevel)->Unit(benchmark::kMillisecond);
 
 void clustering(benchmark::State& state) {
   std::vector<double> values(324);

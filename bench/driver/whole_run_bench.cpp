@@ -20,8 +20,14 @@ std::string contents(const fs::path& file) {
   return text.str();
 }
 
-/// Runs a shell command; its exit status, and its peak memory in MB.
-int runShell(const std::string& command, double& peak) {
+/// What one process used.
+struct Usage {
+  double peak = 0.0;       ///< memory, MB
+  double processor = 0.0;  ///< user and system time, ms
+};
+
+/// Runs a shell command; its exit status.
+int runShell(const std::string& command, Usage& used) {
   const pid_t child = fork();
   if (child == 0) {
     execl("/bin/sh", "sh", "-c", command.c_str(), static_cast<char*>(nullptr));
@@ -30,7 +36,9 @@ int runShell(const std::string& command, double& peak) {
   int status = -1;
   rusage usage{};
   if (child < 0 || wait4(child, &status, 0, &usage) != child) return -1;
-  peak = static_cast<double>(usage.ru_maxrss) / 1024.0;
+  used.peak = static_cast<double>(usage.ru_maxrss) / 1024.0;
+  used.processor = 1e3 * static_cast<double>(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) +
+                   1e-3 * static_cast<double>(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec);
   return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
@@ -39,16 +47,17 @@ void runProgram(benchmark::State& state, const fs::path& directory, const std::s
                 const std::string& options) {
   const std::string command = "cd '" + directory.string() + "' && ORBELN_DIR='" + installation + "' exec '" +
                               ORBELN_BINARY + "' " + options + " >/dev/null 2>&1";
-  double peak = 0.0;
+  Usage used;
   for ([[maybe_unused]] auto _ : state) {
-    if (runShell(command, peak) != 0) state.SkipWithError("orbeln failed");
+    if (runShell(command, used) != 0) state.SkipWithError("orbeln failed");
   }
   bench::Checksum checksum;
   for (const char* file : {"pred.tab", "predAll.tab", "predChi1.tab", "predABP.tab", "predSS.tab"}) {
     checksum.addText(contents(directory / file));
   }
   checksum.report(state);
-  state.counters["peak_MB"] = peak;
+  state.counters["peak_MB"] = used.peak;
+  state.counters["processor_ms"] = used.processor;
 }
 
 fs::path workDirectory() {
@@ -57,13 +66,22 @@ fs::path workDirectory() {
   return directory;
 }
 
-void shipped(benchmark::State& state) {
+void runUbiquitin(benchmark::State& state, const std::string& installation) {
   const fs::path directory = workDirectory();
   fs::copy_file(fs::path(ORBELN_EXAMPLES) / "ubiquitin/ubiquitin.tab", directory / "ubiquitin.tab",
                 fs::copy_options::overwrite_existing);
-  runProgram(state, directory, ORBELN_INSTALL, "-in ubiquitin.tab");
+  runProgram(state, directory, installation, "-in ubiquitin.tab");
 }
-BENCHMARK(shipped)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(3);
+
+void shipped(benchmark::State& state) {
+  runUbiquitin(state, ORBELN_INSTALL);
+}
+BENCHMARK(shipped)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(1)->Repetitions(5);
+
+void fullSize(benchmark::State& state) {
+  runUbiquitin(state, bench::fullSize());
+}
+BENCHMARK(fullSize)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(1)->Repetitions(5);
 
 void byResidues(benchmark::State& state) {
   const auto residues = static_cast<int>(state.range(0));

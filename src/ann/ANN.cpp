@@ -118,9 +118,10 @@ void ANN::loadMembers(const std::string& file, Layer& layer, std::size_t members
     member.weights = LayerWeights(present, m);
     member.bias.clear();
     for (int j = 0; j < present; ++j, ++row) {
+      const LineNode& cells = *table.getLineEntry(row);
       for (int i = 0; i < m; ++i)
-        member.weights.at(j, i) = table.getFloatNodeVal(row, columns[static_cast<std::size_t>(i)]);
-      member.bias.push_back(static_cast<double>(table.getFloatNodeVal(row, biasColumn)));
+        member.weights.at(j, i) = cells.number(columns[static_cast<std::size_t>(i)]);
+      member.bias.push_back(static_cast<double>(cells.number(biasColumn)));
     }
     member.weights.seal();
   }

@@ -2,7 +2,11 @@
 #include "ann/layer_kernel.h"
 
 #include <algorithm>
+#include <array>
+#include <bit>
 #include <cmath>
+
+#include "driver/processor.h"
 
 namespace {
 
@@ -10,27 +14,33 @@ constexpr std::size_t kVectors = 8;  // input vectors per pass over the weights
 constexpr std::size_t kTile = LayerWeights::kTile;
 constexpr double kInt32Limit = 2147483648.0;
 
-/// Running sums of one tile of units for one block of input vectors.
-struct TileSums {
-  double remainder[kVectors][kTile];
-  double total[kVectors][kTile];  // whole numbers
+/// Running sums of one tile of units for one input vector.
+struct TileSum {
+  double remainder[kTile];
+  double total[kTile];  // whole numbers
 };
+using TileSums = std::array<TileSum, kVectors>;
 
 /// The whole part of `sum`, through the 32-bit integers: the caller knows that |sum| < 2^31.
 struct SmallTruncation {
   static double whole(double sum) { return static_cast<double>(static_cast<std::int32_t>(sum)); }
 };
 
-/// The whole part of any number.
+/// The whole part of any number; slow without a rounding instruction.
 struct AnyTruncation {
   static double whole(double sum) { return std::trunc(sum); }
 };
 
+constexpr std::size_t roundedUp(std::size_t units) {
+  return (units + LayerWeights::kStep - 1) / LayerWeights::kStep * LayerWeights::kStep;
+}
+
 /// One input's contribution to `n` neighbouring units.
 template <class Truncation>
-inline void accumulate(const float* __restrict w, double x, double* __restrict remainder,
-                       double* __restrict total, std::size_t n) {
-  for (std::size_t j = 0; j < n; ++j) {
+ORBELN_ALWAYS_INLINE void accumulate(const float* __restrict w, double x, double* __restrict remainder,
+                                     double* __restrict total, std::size_t n) {
+  constexpr std::size_t kStep = LayerWeights::kStep;
+  for (std::size_t j = 0; j < n / kStep * kStep; ++j) {  // n is a multiple: told to the compiler
     const double sum = x * static_cast<double>(w[j]) + remainder[j];
     const double whole = Truncation::whole(sum);
     total[j] += whole;
@@ -44,27 +54,49 @@ inline void accumulate(const float* __restrict w, double x, double* __restrict r
 /// either sign, the remainder is never -0 (it starts at +0, and x + y as well as x - y give +0 whenever equal
 /// magnitudes cancel), so adding the zero changes no bit, and a remainder below one has no whole part.
 template <class Truncation, bool skipZeros>
-void accumulateTile(const LayerWeights& weights, std::size_t begin, std::size_t n,
-                    std::span<const std::vector<double>> inputs, TileSums& sums) {
-  const std::size_t rows = static_cast<std::size_t>(weights.rows);
+ORBELN_ALWAYS_INLINE void accumulateTile(const LayerWeights& weights, std::size_t begin, std::size_t n,
+                                         std::span<const std::vector<double>> inputs, TileSums& sums) {
   const std::size_t cols = static_cast<std::size_t>(weights.cols);
   const std::size_t* firstRun = skipZeros ? weights.firstRun.data() + begin / kTile * cols : nullptr;
-  const auto addRun = [&](std::size_t i, std::size_t lo, std::size_t hi) {
-    const float* w = weights.w.data() + i * rows + begin + lo;
-    for (std::size_t p = 0; p < inputs.size(); ++p) {
-      accumulate<Truncation>(w, inputs[p][i], sums.remainder[p] + lo, sums.total[p] + lo, hi - lo);
-    }
-  };
+  const LayerWeights::UnitRun whole = {0, static_cast<std::int16_t>(roundedUp(n))};
   for (std::size_t i = 0; i < cols; ++i) {
-    if constexpr (skipZeros) {
-      for (std::size_t r = firstRun[i]; r < firstRun[i + 1]; ++r) {
-        addRun(i, static_cast<std::size_t>(weights.runs[r].begin),
-               static_cast<std::size_t>(weights.runs[r].end));
+    const LayerWeights::UnitRun* run = skipZeros ? weights.runs.data() + firstRun[i] : &whole;
+    const LayerWeights::UnitRun* const end = skipZeros ? weights.runs.data() + firstRun[i + 1] : run + 1;
+    for (; run != end; ++run) {
+      const auto lo = static_cast<std::size_t>(run->begin);
+      const auto count = static_cast<std::size_t>(run->end - run->begin);
+      const float* w = weights.w.data() + begin * cols + i * kTile + lo;
+      for (std::size_t p = 0; p < inputs.size(); ++p) {
+        accumulate<Truncation>(w, inputs[p][i], sums[p].remainder + lo, sums[p].total + lo, count);
       }
-    } else {
-      addRun(i, 0, n);
     }
   }
+}
+
+using TileFunction = void (*)(const LayerWeights&, std::size_t, std::size_t,
+                              std::span<const std::vector<double>>, TileSums&);
+
+template <class Truncation, bool skipZeros>
+void baselineTile(const LayerWeights& weights, std::size_t begin, std::size_t n,
+                  std::span<const std::vector<double>> inputs, TileSums& sums) {
+  accumulateTile<Truncation, skipZeros>(weights, begin, n, inputs, sums);
+}
+
+#ifdef ORBELN_AVX2
+/// The same operations on four numbers at a time, with the processor's rounding instruction.
+template <bool skipZeros>
+ORBELN_AVX2 void avx2Tile(const LayerWeights& weights, std::size_t begin, std::size_t n,
+                          std::span<const std::vector<double>> inputs, TileSums& sums) {
+  accumulateTile<AnyTruncation, skipZeros>(weights, begin, n, inputs, sums);
+}
+#endif
+
+/// `small`: all inputs are finite and no partial sum leaves the 32-bit integers.
+TileFunction chooseTile(bool small, [[maybe_unused]] KernelVersion version) {
+#ifdef ORBELN_AVX2
+  if (version == KernelVersion::Widest && hasAvx2()) return small ? avx2Tile<true> : avx2Tile<false>;
+#endif
+  return small ? baselineTile<SmallTruncation, true> : baselineTile<AnyTruncation, false>;
 }
 
 /// Largest magnitude of all inputs, infinity when one is not finite.
@@ -86,25 +118,22 @@ void appendActivated(double sum, int activation, std::vector<double>& output) {
 
 void evaluateBlock(const LayerWeights& weights, const std::vector<double>& bias,
                    std::span<const std::vector<double>> inputs, std::span<std::vector<double>> outputs,
-                   int activation) {
+                   int activation, KernelVersion version) {
   // A partial sum is at most one product plus a remainder below one. NaN fails the comparison as well.
   const bool small = largestMagnitude(inputs) * weights.maxAbs + 1.0 < kInt32Limit;
+  const TileFunction addTile = chooseTile(small, version);
   const std::size_t rows = static_cast<std::size_t>(weights.rows);
   TileSums sums;
   for (std::size_t begin = 0; begin < rows; begin += kTile) {
     const std::size_t n = std::min(kTile, rows - begin);
     for (std::size_t p = 0; p < inputs.size(); ++p) {
-      std::fill_n(sums.remainder[p], n, 0.0);
-      std::fill_n(sums.total[p], n, 0.0);
+      std::fill_n(sums[p].remainder, roundedUp(n), 0.0);
+      std::fill_n(sums[p].total, roundedUp(n), 0.0);
     }
-    if (small) {
-      accumulateTile<SmallTruncation, true>(weights, begin, n, inputs, sums);
-    } else {
-      accumulateTile<AnyTruncation, false>(weights, begin, n, inputs, sums);
-    }
+    addTile(weights, begin, n, inputs, sums);
     for (std::size_t p = 0; p < inputs.size(); ++p) {
       for (std::size_t j = 0; j < n; ++j) {
-        appendActivated((sums.remainder[p][j] + bias[begin + j]) + sums.total[p][j], activation, outputs[p]);
+        appendActivated((sums[p].remainder[j] + bias[begin + j]) + sums[p].total[j], activation, outputs[p]);
       }
     }
   }
@@ -113,11 +142,12 @@ void evaluateBlock(const LayerWeights& weights, const std::vector<double>& bias,
 }  // namespace
 
 void LayerWeights::seal() {
-  maxAbs = 0.0;
-  for (const float value : w) {
-    if (!std::isfinite(value)) maxAbs = std::numeric_limits<double>::infinity();
-    maxAbs = std::max(maxAbs, std::fabs(static_cast<double>(value)));
-  }
+  // Without the sign, the bits of floats order as their magnitudes, infinity and what is no number last.
+  constexpr std::uint32_t kSign = 0x80000000U;
+  std::uint32_t largest = 0;
+  for (const float value : w) largest = std::max(largest, std::bit_cast<std::uint32_t>(value) & ~kSign);
+  const auto magnitude = static_cast<double>(std::bit_cast<float>(largest));
+  maxAbs = std::isfinite(magnitude) ? magnitude : std::numeric_limits<double>::infinity();
   runs.clear();
   firstRun.clear();
   for (int unit = 0; unit < rows; unit += kTile) {
@@ -129,25 +159,25 @@ void LayerWeights::seal() {
   firstRun.push_back(runs.size());
 }
 
-/// Runs of one tile for one input; a few zeros inside a run cost less than another run.
+/// Runs of one tile for one input, in whole steps.
 void LayerWeights::appendRuns(int firstUnit, int input) {
-  constexpr int kGap = 8;
   const float* values = w.data() + index(firstUnit, input);
-  const int n = std::min(kTile, rows - firstUnit);
-  int end = -kGap;  // of the run being extended
-  for (int j = 0; j < n; ++j) {
-    if (values[j] == 0.0F) continue;
-    if (j - end >= kGap) runs.push_back({static_cast<std::int16_t>(j), 0});
-    end = j + 1;
+  int end = -1;  // of the run being extended
+  for (int j = 0; j < kTile; j += kStep) {
+    bool zero = true;
+    for (int u = 0; u < kStep; ++u) zero = zero && values[j + u] == 0.0F;
+    if (zero) continue;
+    if (j != end) runs.push_back({static_cast<std::int16_t>(j), 0});
+    end = j + kStep;
     runs.back().end = static_cast<std::int16_t>(end);
   }
 }
 
 void evaluateLayer(const LayerWeights& weights, const std::vector<double>& bias,
                    std::span<const std::vector<double>> inputs, std::span<std::vector<double>> outputs,
-                   int activation) {
+                   int activation, KernelVersion version) {
   for (std::size_t begin = 0; begin < inputs.size(); begin += kVectors) {
     const std::size_t n = std::min(kVectors, inputs.size() - begin);
-    evaluateBlock(weights, bias, inputs.subspan(begin, n), outputs.subspan(begin, n), activation);
+    evaluateBlock(weights, bias, inputs.subspan(begin, n), outputs.subspan(begin, n), activation, version);
   }
 }

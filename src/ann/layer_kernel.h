@@ -6,18 +6,22 @@
 #include <span>
 #include <vector>
 
-/// Weights of one layer, stored input by input: w[input * rows + unit]. Call `seal` once after filling them.
+/// Weights of one layer in tiles of units, each stored input by input and filled up with zeros:
+/// w[(tile * cols + input) * kTile + unit in the tile]. Call `seal` once after filling them.
 struct LayerWeights {
-  /// Units begin..end - 1 of one tile, counted from the tile's first unit.
+  /// Units begin..end - 1 of one tile, counted from the tile's first unit; multiples of kStep.
   struct UnitRun {
     std::int16_t begin = 0;
     std::int16_t end = 0;
   };
   static constexpr int kTile = 64;  ///< units evaluated together; their sums stay in the first-level cache
+  static constexpr int kStep = 8;   ///< units that advance at least together
 
   LayerWeights() = default;
   LayerWeights(int units, int inputs)
-      : rows(units), cols(inputs), w(static_cast<std::size_t>(units) * static_cast<std::size_t>(inputs)) {}
+      : rows(units),
+        cols(inputs),
+        w(static_cast<std::size_t>((units + kTile - 1) / kTile * kTile) * static_cast<std::size_t>(inputs)) {}
 
   float& at(int unit, int input) { return w[index(unit, input)]; }
   float at(int unit, int input) const { return w[index(unit, input)]; }
@@ -34,13 +38,19 @@ struct LayerWeights {
  private:
   void appendRuns(int firstUnit, int input);
   std::size_t index(int unit, int input) const {
-    return static_cast<std::size_t>(input) * static_cast<std::size_t>(rows) + static_cast<std::size_t>(unit);
+    const auto tile = static_cast<std::size_t>(unit / kTile);
+    return (tile * static_cast<std::size_t>(cols) + static_cast<std::size_t>(input)) * kTile +
+           static_cast<std::size_t>(unit % kTile);
   }
 };
 
 /// Activation codes of a layer; any other code yields no output.
 inline constexpr int kLinear = 0;
 inline constexpr int kTanh = 1;
+
+/// Which version of the kernel runs: the widest that the processor has, or the one for every processor. The
+/// results are the same.
+enum class KernelVersion : std::uint8_t { Widest, Baseline };
 
 /// Evaluates one layer for several input vectors at once and appends each vector's unit values to its output.
 /// Every input must hold `weights.cols` values and `bias` `weights.rows`.
@@ -50,4 +60,4 @@ inline constexpr int kTanh = 1;
 /// the vectors.
 void evaluateLayer(const LayerWeights& weights, const std::vector<double>& bias,
                    std::span<const std::vector<double>> inputs, std::span<std::vector<double>> outputs,
-                   int activation);
+                   int activation, KernelVersion version = KernelVersion::Widest);

@@ -20,6 +20,7 @@
 #include "tables/PDB.h"
 
 class CHI1ANN;
+struct ScreenIndex;
 
 /// One query triplet or library row of the triplet averaging as text: RESID_R1.., RESNAME_R1.., N_R1..
 using Triplet = std::map<std::string, std::string>;
@@ -199,6 +200,7 @@ class ORBEL {
   std::unique_ptr<DB> fragmentDatabase;
   int sourceCount = 0;                        ///< sources are numbered 1..sourceCount - 1; 0 is a placeholder
   std::map<int, int> sourceStart, sourceEnd;  ///< source number -> first and last entry
+  std::shared_ptr<const ScreenIndex> screenIndex;  ///< of this database, during the first pass only
 
   // ==== members: search passes
   // ==============================================================================

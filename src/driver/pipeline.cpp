@@ -3,6 +3,7 @@
 
 #include "driver/ORBEL.h"
 #include "driver/maps.h"
+#include "search/screen_index.h"
 
 namespace {
 
@@ -139,6 +140,7 @@ void ORBEL::storeConsensus(int resid) {
 
 /// The whole database under the network's phi/psi maps.
 void ORBEL::runFirstPass() {
+  screenIndex = std::make_shared<ScreenIndex>(*this);
   for (int resid = firstResidOption; resid <= lastResidOption; ++resid) {
     if (!isSearchable(resid)) continue;
     reportResidue(*this, resid);
@@ -150,6 +152,7 @@ void ORBEL::runFirstPass() {
     firstPassSameType[resid] = std::move(sameType);
     storeConsensus(resid);
   }
+  screenIndex.reset();
 }
 
 /// The candidates of the first pass under the neighbours' predicted angles, which are read as they stand:

@@ -8,54 +8,69 @@
 
 #include "driver/ORBEL.h"
 #include "search/residue_types.h"
+#include "search/screen_index.h"
+#include "search/top_scores.h"
 
 /// Collects the 1000 best-scoring fragment centres for one query residue, and the 1000 best of the same
-/// residue type, source by source.
+/// residue type.
 ///
 /// The score of a fragment is accumulated in single precision over its residues: the position weight times
 /// the search prior of the query residue for the database residue's box, and a tenth of a negative BLOSUM62
-/// similarity of the two residue types.
+/// similarity of the two residue types. Of fragments with equal scores the last one of the database stands
+/// for all, but for the lowest score of a full list: that one no longer changes once the list holds its 1000
+/// scores and a lower one has been met, source by source.
 class Prescreen {
  public:
   Prescreen(const ORBEL& run, int resid);
 
-  /// Scores every fragment that lies within the entries `first`..`last` of one source, then trims the lists.
-  void scanSource(const DB& db, int first, int last);
+  /// Scores every fragment of the database; `index` must be made from it.
+  void scan(const DB& db, const ScreenIndex& index);
 
   CandidateMap matches;   ///< score -> centre entry
   CandidateMap sameType;  ///< the same for centres of the query's type; empty for A, G and P
 
  private:
   static constexpr std::size_t kPositions = 2 * kMaxHalfWidth + 1;
-  static constexpr std::size_t kClasses = 325;  ///< 324 boxes and one slot for every key beyond them
+  static constexpr std::size_t kBoxes = ScreenIndex::kBoxMask + 1;
   static constexpr std::size_t kCodes = 256;
+  static constexpr std::uint8_t kMatch = 1, kSameType = 2;  ///< lists that a centre may enter, as bits
 
   int halfWidth_;
   char centreCode_;  ///< folded
   bool prolineFollows_;
   bool wantSameType_;
-  double matchThreshold_ = -999.0;
-  double sameTypeThreshold_ = -999.0;
-  std::array<std::array<double, kClasses>, kPositions> prior_{};  ///< [k + h][class]: weight * prior
+  std::array<bool, kPositions> hasPrior_{};                       ///< false: every prior of the position is 0
+  std::array<std::array<double, kBoxes>, kPositions> prior_{};    ///< [k + h][box]: weight * prior
   std::array<std::array<double, kCodes>, kPositions> penalty_{};  ///< [k + h][code]: negative similarity / 10
-  std::array<std::uint8_t, kCodes> centreAllowed_{};              ///< 1: similar enough to the query's type
-  std::array<std::uint8_t, kCodes> typeCode_{};                   ///< 1: the query's own type
-  std::array<std::uint8_t, kClasses> matchClass_{};               ///< 1: may still enter `matches`
-  std::array<std::uint8_t, kClasses> typeClass_{};                ///< 1: may still enter `sameType`
-  double promisingMatch_ = -1e9;  ///< thresholds for which these two were made
-  double promisingType_ = -1e9;
-  std::vector<int> centres_;                          ///< of the source being scanned
-  std::array<int, kPositions> order_{};               ///< offsets from the centre outwards: 0 -1 1 -2 2 ..
-  std::array<double, kPositions + 1> restHighest_{};  ///< most that order_[i..] can add
-  double margin_ = 0.0;                               ///< covers the rounding of the single-precision sum
+  std::array<std::uint8_t, kCodes> centreCodes_{};  ///< [code]: lists for which a centre has the right type
+  /// [key]: lists that a centre's own box and code do not rule out.
+  std::array<std::uint8_t, ScreenIndex::kKeys> promising_{};
+  std::array<double, kPositions + 1>
+      restHighest_{};    ///< [i]: most that the positions from the i-th outwards add
+  double margin_ = 0.0;  ///< covers the rounding of the single-precision sum
+
+  TopScores topMatches_, topSameType_;
+  double promisingMatch_ = -1e9, promisingType_ = -1e9;  ///< thresholds for which promising_ was made
+  std::vector<int> centres_;                             ///< of the block being scanned
+  std::vector<float> scores_;
 
   void fillPosition(const ORBEL& run, int resid, int k);
   void fillCentre(const ORBEL& run);
   void fillBounds();
-  double term(const DB& db, int centre, int k) const;
-  void updatePromising();
-  std::size_t collectPromising(const DB& db, int begin, int end);
-  bool passesCentreTests(const DB& db, int centre) const;
-  bool cannotExceed(const DB& db, int centre, double threshold) const;
-  float score(const DB& db, int centre) const;
+  void updatePromising(const ScreenIndex& index);
+  std::size_t collectPromising(const DB& db, const ScreenIndex& index, int begin, int end);
+  template <int h>
+  void scanWith(const DB& db, const ScreenIndex& index);
+  template <int from, int to>
+  std::size_t keepPossible(const DB& db, const ScreenIndex& index, std::size_t count);
+  void offerScores(const DB& db, std::size_t count);
+  template <int h>
+  float score(const DB& db, const ScreenIndex& index, int centre) const;
+  template <int h>
+  CandidateMap candidates(const DB& db, const ScreenIndex& index, const TopScores& top,
+                          std::uint8_t list) const;
+  template <int h>
+  int entryOfLowest(const DB& db, const ScreenIndex& index, const std::vector<TopScores::Score>& scores,
+                    std::uint8_t list) const;
+  bool isCentre(const DB& db, const ScreenIndex& index, int entry, std::uint8_t list) const;
 };

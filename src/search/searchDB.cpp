@@ -1,6 +1,10 @@
 // First search pass: pre-screen of the whole database under the predicted phi/psi maps, then ranking of the
 // best candidates by their secondary shifts.
+#include <algorithm>
 #include <map>
+#include <memory>
+#include <utility>
+#include <vector>
 
 #include "driver/ORBEL.h"
 #include "driver/maps.h"
@@ -18,10 +22,15 @@ constexpr double kAtomsPerResidue = 6.0;
 /// -> centre entry. Of equal keys the lower score stays.
 template <class Distance>
 CandidateMap rankByDistance(const CandidateMap& screened, double atoms, const Distance& distance) {
-  CandidateMap ranking;
+  std::vector<std::pair<double, int>> keyed;
+  keyed.reserve(screened.size());
   for (const auto& [score, entry] : screened) {
-    if (score > 0.0) ranking.emplace(distance(entry) / atoms / score, entry);
+    if (score > 0.0) keyed.emplace_back(distance(entry) / atoms / score, entry);
   }
+  std::stable_sort(keyed.begin(), keyed.end(),
+                   [](const auto& a, const auto& b) { return a.first < b.first; });
+  CandidateMap ranking;
+  for (const auto& [key, entry] : keyed) ranking.emplace_hint(ranking.end(), key, entry);
   return ranking;
 }
 
@@ -40,10 +49,9 @@ void ORBEL::searchDB(int resid, CandidateMap& matches, CandidateMap& sameType) {
   if (fragmentDatabase == nullptr) return;
   const DB& db = *fragmentDatabase;
 
+  const auto index = screenIndex != nullptr ? screenIndex : std::make_shared<const ScreenIndex>(*this);
   Prescreen screen(*this, resid);
-  for (int p = 1; p < sourceCount; ++p) {
-    screen.scanSource(db, valueOr(sourceStart, p), valueOr(sourceEnd, p, -1));
-  }
+  screen.scan(db, *index);
 
   const FragmentDistance query(*this, resid);
   const int halfWidth = fragmentHalfWidth(alignLength);
@@ -56,7 +64,7 @@ void ORBEL::searchDB(int resid, CandidateMap& matches, CandidateMap& sameType) {
   }
   const CandidateMap cut = byDistance ? cutToSmallest(matches, kMatchesKept, kMatchesCut)
                                       : cutToHighest(matches, kMatchesKept, kMatchesCut);
-  fillMatchLists(*this, resid, cut, keysByEntry(screen.matches), "");
+  fillMatchLists(*this, resid, cut, quiet ? std::map<int, double>() : keysByEntry(screen.matches), "");
 
   if (!hasChi1Rotamers(foldedCode(valueOr(residueCode, resid)))) return;
   const CandidateMap ranking = rankByDistance(screen.sameType, kAtomsPerResidue * 3,

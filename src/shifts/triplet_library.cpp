@@ -1,33 +1,91 @@
 // The triplet library: secondary shifts of residue triplets observed in known structures.
 #include "shifts/triplet_library.h"
 
+#include <functional>
+#include <string_view>
+
+#include "driver/maps.h"
 #include "tables/GDB.h"
+#include "tables/LineReader.h"
+#include "tables/short_decimal.h"
 #include "tables/text.h"
 
 std::string tripletKey(const std::string& item, int p) {
   return item + "_R" + std::to_string(p);
 }
 
-TripletLibrary readTripletLibrary(const std::string& file, const std::map<int, std::string>& atomNames) {
-  const GDB table(file);
-  TripletLibrary library;
-  std::map<std::string, int> ids;
-  for (const auto& [number, row] : table.entries) {
+namespace {
+
+static_assert(LineReader::kPadding >= kShortDecimalPadding);
+
+/// The number a cell of a table row holds; nearly all are short decimals.
+double cellNumber(std::string_view cell) {
+  const ShortDecimal decimal = scanShortDecimal(cell.data());
+  return decimal.length == cell.size() ? decimal.toDouble() : text::toDouble(cell);
+}
+
+/// Builds a library from the rows of its table.
+class LibraryRows : public RowSink {
+ public:
+  explicit LibraryRows(const std::map<int, std::string>& atomNames) : atomNames_(atomNames) {}
+
+  void redefine(const std::map<std::int32_t, std::string>& varNames) override {
+    library = {};
+    ids_.clear();
+    std::map<std::string, std::size_t> columns;  // of columns with equal names the last one counts
+    for (const auto& [index, name] : varNames) columns[name] = static_cast<std::size_t>(index);
+    source_ = valueOr(columns, "SOURCE", kAbsent);
     for (int p = 1; p <= 3; ++p) {
-      for (const auto& [position, atom] : atomNames) {
-        const double value = text::toDouble(GDB::cell(row, tripletKey(atom, p)));
-        library.values[static_cast<std::size_t>((p - 1) * 6 + position - 1)].push_back(value);
-        if (p == 2) library.centre[static_cast<std::size_t>(position - 1)].push_back(value);
+      names_[static_cast<std::size_t>(p - 1)] = valueOr(columns, tripletKey("RESNAME", p), kAbsent);
+      for (const auto& [position, atom] : atomNames_) {
+        values_[static_cast<std::size_t>((p - 1) * 6 + position - 1)] =
+            valueOr(columns, tripletKey(atom, p), kAbsent);
       }
-      const std::string& name = GDB::cell(row, tripletKey("RESNAME", p));
-      const auto [id, isNew] = ids.try_emplace(name, static_cast<int>(ids.size()));
-      if (isNew) library.names.push_back(name);
-      library.nameIds[static_cast<std::size_t>(p - 1)].push_back(id->second);
     }
-    library.sources.push_back(GDB::cell(row, "SOURCE"));
+  }
+
+  void add(const std::vector<std::string_view>& cells) override {
+    for (std::size_t i = 0; i < values_.size(); ++i) {
+      const double value = values_[i] == kAbsent ? 0.0 : cellNumber(cells[values_[i]]);
+      library.values[i].push_back(value);
+      if (i / 6 == 1) library.centre[i % 6].push_back(value);
+    }
+    for (std::size_t p = 0; p < names_.size(); ++p)
+      library.nameIds[p].push_back(idOf(cell(cells, names_[p])));
+    library.sources.emplace_back(cell(cells, source_));
     ++library.rows;
   }
-  return library;
+
+  TripletLibrary library;
+
+ private:
+  static constexpr std::size_t kAbsent = static_cast<std::size_t>(-1);
+
+  static std::string_view cell(const std::vector<std::string_view>& cells, std::size_t column) {
+    return column == kAbsent ? std::string_view() : cells[column];
+  }
+  int idOf(std::string_view name) {
+    const auto known = ids_.find(name);
+    if (known != ids_.end()) return known->second;
+    const int id = static_cast<int>(ids_.size());
+    ids_.emplace(name, id);
+    library.names.emplace_back(name);
+    return id;
+  }
+
+  const std::map<int, std::string>& atomNames_;
+  std::array<std::size_t, 18> values_{};  // columns
+  std::array<std::size_t, 3> names_{};
+  std::size_t source_ = kAbsent;
+  std::map<std::string, int, std::less<>> ids_;
+};
+
+}  // namespace
+
+TripletLibrary readTripletLibrary(const std::string& file, const std::map<int, std::string>& atomNames) {
+  LibraryRows rows(atomNames);
+  GDB().loadGDB(file, rows);
+  return std::move(rows.library);
 }
 
 void excludeSources(TripletLibrary& library, const std::string& exclusionList) {

@@ -78,9 +78,13 @@ void GDB::addVAR(const std::string& name, const std::string& format) {
 }
 
 void GDB::setEntry(std::int32_t row, const std::string& name, std::string_view value) {
-  const bool declared = std::any_of(varNames.begin(), varNames.end(),
-                                    [&](const auto& column) { return column.second == name; });
-  if (!declared) endWith("\tInvalid varible name '" + name + "'");
+  // Writers fill rows column by column: mostly it is the one after the last.
+  auto column = varNames.find(lastSet + 1);
+  if (column == varNames.end() || column->second != name) {
+    column = std::find_if(varNames.begin(), varNames.end(), [&](const auto& c) { return c.second == name; });
+    if (column == varNames.end()) endWith("\tInvalid varible name '" + name + "'");
+  }
+  lastSet = column->first;
   entries[row][name] = value;
 }
 

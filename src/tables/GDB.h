@@ -9,6 +9,17 @@
 #include <string_view>
 #include <vector>
 
+/// Takes the rows of a table file one by one instead of keeping them in a table.
+class RowSink {
+ public:
+  virtual ~RowSink() = default;
+  /// The columns by index, after every VARS and FORMAT line: both make all rows before them void.
+  virtual void redefine(const std::map<std::int32_t, std::string>& varNames) = 0;
+  /// One row, a cell per column. Behind every cell stand a white-space character and LineReader::kPadding
+  /// bytes.
+  virtual void add(const std::vector<std::string_view>& cells) = 0;
+};
+
 /// A table in memory. Every cell is text; numbers are converted when a table is written or a stage reads
 /// them. Rows are numbered by the caller or, when read from a file, from 1.
 class GDB {
@@ -21,6 +32,8 @@ class GDB {
   /// Reads `file` into a freshly constructed table. Ends the process (exit status 0) with a message when the
   /// file cannot be opened or a field format is invalid.
   void loadGDB(const std::string& file);
+  /// The same, but the rows go to `rows` and `entries` stays empty.
+  void loadGDB(const std::string& file, RowSink& rows);
   /// Writes the canonical layout; a file that cannot be opened or written is reported and the run goes on.
   void saveGDB(const std::string& file) const;
 
@@ -61,4 +74,7 @@ class GDB {
   std::map<std::int32_t, std::string> varNames;    ///< column index from 0
   std::map<std::int32_t, std::string> varFormats;  ///< with the text that followed, up to the next '%'
   std::map<std::int32_t, Row> entries;             ///< row number -> row
+
+ private:
+  std::int32_t lastSet = -1;  // column of the last setEntry
 };

@@ -1,33 +1,82 @@
 // Typed reader of large numeric tables: reports format errors and goes on.
 #include "tables/GDB2.h"
 
+#include <algorithm>
+#include <cstring>
 #include <iostream>
 
 #include "tables/LineReader.h"
+#include "tables/short_decimal.h"
 #include "tables/tableLines.h"
 #include "tables/text.h"
 
 namespace {
 
-constexpr std::int32_t kInteger = 0, kFloat = 1, kString = 2;
-constexpr float kNoValue = 9999.0F;
+constexpr std::int32_t kInteger = 0, kFloat = LineNode::kFloat, kString = 2;
 
-void convertRow(const std::vector<std::string_view>& tokens, const std::vector<std::int32_t>& types,
+static_assert(LineReader::kPadding >= kShortDecimalPadding);
+
+/// The run of non-white-space characters at `p`.
+std::string_view tokenAt(const char* p, const char* end) {
+  const char* const start = p;
+  while (p != end && !text::isSpace(*p)) ++p;
+  return {start, static_cast<std::size_t>(p - start)};
+}
+
+std::string_view firstToken(std::string_view line) {
+  const char* p = line.data();
+  const char* const end = p + line.size();
+  while (p != end && text::isSpace(*p)) ++p;
+  return tokenAt(p, end);
+}
+
+/// Converts the token at `p` and returns where it ends. Nearly all cells are short decimals.
+const char* convertCell(const char* p, const char* end, LineNode& node, LineNode::Val& cell) {
+  const ShortDecimal decimal = scanShortDecimal(p);
+  const bool isShort = decimal.length > 0 && text::isSpace(p[decimal.length]);
+  if (cell.typeCode == kFloat && isShort) {
+    cell.real = static_cast<float>(decimal.toDouble());
+    return p + decimal.length;
+  }
+  const std::string_view token = tokenAt(p, end);
+  if (cell.typeCode == kFloat) {
+    cell.real = static_cast<float>(text::toDouble(token));
+  } else if (cell.typeCode == kInteger) {
+    cell.integer = text::toInt(token);
+  } else {
+    cell.integer = static_cast<std::int32_t>(node.strings.size());
+    node.strings.emplace_back(token);
+  }
+  return token.data() + token.size();
+}
+
+/// Fills `node` from a line that holds exactly `columns` cells; false for any other line.
+bool convertRow(std::string_view line, std::size_t columns, const std::vector<std::int32_t>& types,
                 LineNode& node) {
-  node.values.resize(tokens.size());
-  for (std::size_t i = 0; i < tokens.size(); ++i) {
-    LineNode::Val& cell = node.values[i];
-    // A VARS line after the FORMAT line may ask for more columns than have a type: these are integers.
-    cell.typeCode = i < types.size() ? types[i] : kInteger;
-    if (cell.typeCode == kFloat) {
-      cell.real = static_cast<float>(text::toDouble(tokens[i]));
-    } else if (cell.typeCode == kInteger) {
-      cell.integer = text::toInt(tokens[i]);
+  static constexpr std::string_view kZeros = "0 0 0 0 ";  // cells of sparse tables, four at a time
+  constexpr std::size_t kTogether = 4;
+  const char* p = line.data();
+  const char* const end = p + line.size();
+  // Zero in either numeric type. A VARS line after the FORMAT line may ask for more columns than have a type:
+  // these are integers.
+  node.values.resize(columns);
+  const std::size_t typed = std::min(columns, types.size());
+  for (std::size_t i = 0; i < typed; ++i) node.values[i].typeCode = types[i];
+  const bool numeric = std::find(types.begin(), types.end(), kString) == types.end();
+  std::size_t i = 0;
+  while (i < columns) {
+    while (p != end && text::isSpace(*p)) ++p;
+    if (p == end) return false;
+    if (numeric && i + kTogether <= columns && std::memcmp(p, kZeros.data(), kZeros.size()) == 0) {
+      p += kZeros.size();
+      i += kTogether;
     } else {
-      cell.integer = static_cast<std::int32_t>(node.strings.size());
-      node.strings.emplace_back(tokens[i]);
+      p = convertCell(p, end, node, node.values[i]);
+      ++i;
     }
   }
+  while (p != end && text::isSpace(*p)) ++p;
+  return p == end;
 }
 
 void readDataLine(GDB2& table, std::string_view line) {
@@ -68,21 +117,22 @@ bool GDB2::loadGDB(const std::string& file) {
   LineReader reader(file);
   if (!reader.isOpen()) return fail(*this, "\tFile Error: Can't open input file for reading\n");
   bool rowsReady = false;
-  std::vector<std::string_view> tokens;
   std::string_view line;
   while (reader.next(line)) {
-    text::split_WhiteSpace(line, tokens, rowsReady ? static_cast<std::size_t>(varCount) + 1 : 1);
-    if (tokens.empty()) {
+    const std::string_view first = firstToken(line);
+    if (first.empty()) {
       if (!rowsReady) headerLines.emplace_back(line);
       continue;
     }
-    if (rowsReady && tokens.size() == static_cast<std::size_t>(varCount)) {
+    if (rowsReady) {
       lineEntries.emplace_back();
-      convertRow(tokens, varTypes, lineEntries.back());
-      lineEntries.back().index = ++lineCount;
-      continue;
+      if (convertRow(line, static_cast<std::size_t>(varCount), varTypes, lineEntries.back())) {
+        lineEntries.back().index = ++lineCount;
+        continue;
+      }
+      lineEntries.pop_back();
     }
-    switch (lineKind(tokens[0])) {
+    switch (lineKind(first)) {
       case LineKind::Remark:
         headerLines.emplace_back(tailFrom(line, kRemarkKeyword + 1));
         break;
@@ -164,12 +214,12 @@ float GDB2::getFloatNodeVal(std::int32_t row, std::string_view name) const {
 
 float GDB2::getFloatNodeVal(std::int32_t row, std::int32_t index1) const {
   const LineNode* node = getLineEntry(row);
-  if (node == nullptr || index1 < 1 || static_cast<std::size_t>(index1) > node->values.size())
-    return kNoValue;
-  const LineNode::Val& cell = node->values[static_cast<std::size_t>(index1) - 1];
+  return node == nullptr ? LineNode::kNoValue : node->number(index1);
+}
+
+float LineNode::otherNumber(const Val& cell) const {
   if (cell.typeCode == kInteger) return static_cast<float>(cell.integer);
-  if (cell.typeCode == kFloat) return cell.real;
-  return static_cast<float>(text::toDouble(node->strings[static_cast<std::size_t>(cell.integer)]));
+  return static_cast<float>(text::toDouble(strings[static_cast<std::size_t>(cell.integer)]));
 }
 
 const LineNode* GDB2::getLineEntry(std::int32_t row) const {

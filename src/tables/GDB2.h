@@ -21,6 +21,19 @@ struct LineNode {
   std::vector<Val> values;           ///< in column order
   std::vector<std::string> strings;  ///< texts of the string cells
   std::int32_t index = 0;            ///< row number from 1
+
+  /// The cell of a column, counted from 1, as a single-precision number; 9999 for an unknown column.
+  float number(std::int32_t index1) const {
+    if (index1 < 1 || static_cast<std::size_t>(index1) > values.size()) return kNoValue;
+    const Val& cell = values[static_cast<std::size_t>(index1) - 1];
+    return cell.typeCode == kFloat ? cell.real : otherNumber(cell);
+  }
+
+  static constexpr std::int32_t kFloat = 1;
+  static constexpr float kNoValue = 9999.0F;
+
+ private:
+  float otherNumber(const Val& cell) const;
 };
 
 /// A table of typed rows. Format errors are reported on standard error and collected in `errorText`; the

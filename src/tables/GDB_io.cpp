@@ -14,20 +14,26 @@ namespace {
 
 constexpr std::size_t kSequenceSlice = 55;  // letters and blanks per DATA SEQUENCE line
 
-/// Columns in name order, so that the cells of a row are appended to its map without searching.
-using SortedColumns = std::map<std::string, std::size_t>;
+/// Keeps the rows in a table.
+class EntrySink : public RowSink {
+ public:
+  explicit EntrySink(std::map<std::int32_t, GDB::Row>& entries) : entries_(entries) {}
 
-SortedColumns sortColumns(const std::map<std::int32_t, std::string>& varNames) {
-  SortedColumns columns;  // of columns with equal names the last one keeps the cell
-  for (const auto& [index, name] : varNames) columns[name] = static_cast<std::size_t>(index);
-  return columns;
-}
+  void redefine(const std::map<std::int32_t, std::string>& varNames) override {
+    columns_.clear();  // of columns with equal names the last one keeps the cell
+    for (const auto& [index, name] : varNames) columns_[name] = static_cast<std::size_t>(index);
+  }
+  void add(const std::vector<std::string_view>& cells) override {
+    GDB::Row row;
+    for (const auto& [name, index] : columns_) row.emplace_hint(row.end(), name, cells[index]);
+    entries_.insert_or_assign(entries_.end(), ++rows_, std::move(row));
+  }
 
-GDB::Row makeRow(const SortedColumns& columns, const std::vector<std::string_view>& tokens) {
-  GDB::Row row;
-  for (const auto& [name, index] : columns) row.emplace_hint(row.end(), name, tokens[index]);
-  return row;
-}
+ private:
+  std::map<std::int32_t, GDB::Row>& entries_;
+  std::int32_t rows_ = 0;  // counts every row of the file, also those a later VARS or FORMAT drops
+  std::map<std::string, std::size_t> columns_;  // by name, so that a row's map is built without searching
+};
 
 void readDataLine(GDB& table, std::string_view line) {
   const std::string simplified = text::simplifyWhiteSpace(line);
@@ -103,25 +109,25 @@ bool writeFile(const std::string& path, const std::string& content) {
 }  // namespace
 
 void GDB::loadGDB(const std::string& file) {
+  EntrySink rows(entries);
+  loadGDB(file, rows);
+}
+
+void GDB::loadGDB(const std::string& file, RowSink& rows) {
   fileName = file;
   LineReader reader(file);
   if (!reader.isOpen()) {
     std::cerr << "\tCan't open file " << file << " for reading" << std::endl;
     std::exit(0);
   }
-  std::int32_t rowNumber = 1;  // counts every row of the file, also those a later VARS or FORMAT drops
   bool formatSeen = false;
-  SortedColumns columns;
   std::vector<std::string_view> tokens;
   std::string_view line;
   while (reader.next(line)) {
     const std::size_t rowTokens = formatSeen && varCount >= 1 ? static_cast<std::size_t>(varCount) : 0;
     text::split_WhiteSpace(line, tokens, rowTokens + 1);
     if (tokens.empty()) continue;
-    if (tokens.size() == rowTokens) {
-      entries.insert_or_assign(entries.end(), rowNumber, makeRow(columns, tokens));
-      ++rowNumber;
-    }
+    if (tokens.size() == rowTokens) rows.add(tokens);
     // A row may start with a keyword; it then counts as both.
     switch (lineKind(tokens[0])) {
       case LineKind::Remark:
@@ -132,11 +138,11 @@ void GDB::loadGDB(const std::string& file) {
         break;
       case LineKind::Vars:
         readVarsLine(*this, line);
-        columns = sortColumns(varNames);
+        rows.redefine(varNames);
         break;
       case LineKind::Format:
         readFormatLine(*this, line);
-        columns = sortColumns(varNames);
+        rows.redefine(varNames);
         formatSeen = true;
         break;
       case LineKind::Other:

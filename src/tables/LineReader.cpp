@@ -43,7 +43,7 @@ bool LineReader::fill() {
   const std::size_t unread = end - begin;
   if (unread + kBlock > capacity) {
     const std::size_t wanted = capacity == 0 ? kBlock : 2 * capacity;
-    auto larger = std::make_unique_for_overwrite<char[]>(wanted);
+    auto larger = std::make_unique_for_overwrite<char[]>(wanted + kPadding);
     if (unread > 0) std::memcpy(larger.get(), buffer.get() + begin, unread);
     buffer = std::move(larger);
     capacity = wanted;
@@ -54,5 +54,6 @@ bool LineReader::fill() {
   end = unread;
   const std::size_t got = file ? std::fread(buffer.get() + end, 1, capacity - end, file.get()) : 0;
   end += got;
+  std::memset(buffer.get() + end, '\n', kPadding);  // what follows a last line without newline
   return got > 0;
 }

@@ -12,6 +12,9 @@
 /// a last line without newline counts. Memory is one block plus the longest line.
 class LineReader {
  public:
+  /// Readable bytes behind the end of every line. The first of them is a newline.
+  static constexpr std::size_t kPadding = 32;
+
   /// Opens `path`; a directory or a file whose first block cannot be read counts as not open.
   explicit LineReader(const std::string& path);
 

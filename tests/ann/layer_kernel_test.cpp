@@ -57,15 +57,17 @@ TEST_P(LayerKernel, EqualsThePlainSumBitForBit) {
     for (int i = 0; i < c.inputs; ++i) x.push_back(i % 7 == 3 ? 0.0 : symmetric() * c.inputScale);
   }
 
-  std::vector<std::vector<double>> outputs(inputs.size());
-  evaluateLayer(weights, bias, inputs, outputs, kLinear);
-  for (std::size_t p = 0; p < inputs.size(); ++p) {
-    ASSERT_EQ(outputs[p].size(), bias.size());
-    for (int j = 0; j < c.units; ++j) {
-      const double expected = ann_test::plainSum(inputs[p], plain[j], bias[static_cast<std::size_t>(j)]);
-      ASSERT_TRUE(sameBits(outputs[p][static_cast<std::size_t>(j)], expected))
-          << "vector " << p << " unit " << j << ": " << outputs[p][static_cast<std::size_t>(j)] << " "
-          << expected;
+  for (const KernelVersion version : {KernelVersion::Widest, KernelVersion::Baseline}) {
+    std::vector<std::vector<double>> outputs(inputs.size());
+    evaluateLayer(weights, bias, inputs, outputs, kLinear, version);
+    for (std::size_t p = 0; p < inputs.size(); ++p) {
+      ASSERT_EQ(outputs[p].size(), bias.size());
+      for (int j = 0; j < c.units; ++j) {
+        const double expected = ann_test::plainSum(inputs[p], plain[j], bias[static_cast<std::size_t>(j)]);
+        ASSERT_TRUE(sameBits(outputs[p][static_cast<std::size_t>(j)], expected))
+            << "vector " << p << " unit " << j << ": " << outputs[p][static_cast<std::size_t>(j)] << " "
+            << expected;
+      }
     }
   }
 }

@@ -20,9 +20,7 @@ using search_test::plainScreen;
 
 Lists screen(const ORBEL& run, int resid) {
   Prescreen kernel(run, resid);
-  for (int p = 1; p < run.sourceCount; ++p) {
-    kernel.scanSource(*run.fragmentDatabase, run.sourceStart.at(p), run.sourceEnd.at(p));
-  }
+  kernel.scan(*run.fragmentDatabase, ScreenIndex(run));
   return {kernel.matches, kernel.sameType};
 }
 
@@ -49,15 +47,15 @@ std::vector<DbResidue> randomDatabase(std::mt19937& random, int entries) {
   return residues;
 }
 
-/// No prior, a sharp one or a smooth one.
-void setPrior(ORBEL& run, std::mt19937& random, int resid, int kind) {
+/// No prior, a sharp one or a smooth one. With few `levels` many fragments reach the same scores.
+void setPrior(ORBEL& run, std::mt19937& random, int resid, int kind, unsigned levels) {
   for (int box = 0; kind != 0 && box < 324; ++box) {
-    const double value = static_cast<double>(random() % 1000) / 1000.0;
+    const double value = static_cast<double>(random() % levels) / levels;
     run.searchPrior[resid][box] = kind == 2 || random() % 3 == 0 ? value : -9.99;
   }
 }
 
-TEST(Prescreen, EqualsThePlainRulesOnRandomDatabases) {
+void expectPlainLists(unsigned levels) {
   std::mt19937 random(20240611);
   const std::string codes = "LKEGPACcWVhXL";
   for (const int entries : {0, 3, 300, 8000}) {
@@ -75,7 +73,7 @@ TEST(Prescreen, EqualsThePlainRulesOnRandomDatabases) {
       run.alignLength = 5 + query / 5 % 4;
       for (int r = 7; r <= 13; ++r) {
         if (random() % 10 != 0) run.residueCode[r] = codes[random() % codes.size()];
-        setPrior(run, random, r, static_cast<int>(random() % 3));
+        setPrior(run, random, r, static_cast<int>(random() % 3), levels);
       }
       run.residueCode[10] = codes[static_cast<std::size_t>(query) % codes.size()];
       const Lists expected = plainScreen(run, 10);
@@ -84,7 +82,79 @@ TEST(Prescreen, EqualsThePlainRulesOnRandomDatabases) {
       EXPECT_EQ(actual.sameType, expected.sameType) << entries << " entries, query " << query;
       trimmed = trimmed || (expected.matches.size() == 1000 && expected.sameType.size() == 1000);
     }
-    EXPECT_EQ(trimmed, entries == 8000);  // the thresholds were at work in the largest case only
+    if (levels == 1000) {
+      EXPECT_EQ(trimmed, entries == 8000) << "the thresholds are at work in the largest case only";
+    }
+  }
+}
+
+TEST(Prescreen, EqualsThePlainRulesOnRandomDatabases) {
+  expectPlainLists(1000);
+}
+
+TEST(Prescreen, EqualsThePlainRulesWhenScoresMeetTheirEquals) {
+  for (const unsigned levels : {4U, 6U, 9U}) expectPlainLists(levels);
+}
+
+/// The last entry with the lowest of 1000 scores stands in the list only as long as no lower score came.
+TEST(Prescreen, AFullListKeepsTheEntryOfItsLowestScore) {
+  for (const int lowerSource : {-1, 0, 2, 3, 4}) {
+    ORBEL run;
+    run.alignLength = 5;
+    run.residueCode[10] = 'L';
+    for (int box = 0; box < 324; ++box) run.searchPrior[10][box] = 0.001 * box + 0.1;
+    for (int box = 0; box < 324; ++box) run.searchPrior[11][box] = 0.0007 * box * box;
+    run.searchPrior[10][323] = 0.0;  // the lowest score of all
+    std::vector<DbResidue> residues;
+    const auto add = [&](int source, int number, std::uint32_t box, std::uint32_t next) {
+      const std::uint32_t boxes[] = {0, 0, box, next, 0};
+      for (int k = 0; k < 5; ++k) {
+        DbResidue r;
+        r.source = "s" + std::to_string(source);
+        r.code = 'L';
+        r.resid = 10 * number + k;
+        r.box = boxes[k];
+        residues.push_back(r);
+      }
+    };
+    int number = 0;
+    for (int source = 0; source < 5; ++source) {
+      if (source < 2) {
+        for (std::uint32_t i = 0; i < 500; ++i)
+          add(source, ++number, i % 250, static_cast<std::uint32_t>(source * 2) + i / 250 + 1);
+      }
+      if (source == lowerSource) add(source, ++number, 323, 0);
+      add(source, ++number, 0, 1);  // once more the lowest of the 1000
+    }
+    installDatabase(run, residues);
+    const Lists expected = plainScreen(run, 10);
+    const Lists actual = screen(run, 10);
+    EXPECT_EQ(actual.matches, expected.matches) << lowerSource;
+    EXPECT_EQ(actual.sameType, expected.sameType) << lowerSource;
+  }
+}
+
+TEST(Prescreen, TellsMoreCodesApartThanItNumbers) {
+  ORBEL run;
+  std::vector<DbResidue> residues;
+  for (int i = 0; i < 4000; ++i) {
+    DbResidue r;
+    r.source = "s" + std::to_string(i / 100);
+    r.code = static_cast<char>('!' + i * 7 % 90);
+    r.resid = i;
+    r.box = static_cast<std::uint32_t>(i * 13 % 324);
+    residues.push_back(r);
+  }
+  installDatabase(run, residues);
+  for (int box = 0; box < 324; ++box) run.searchPrior[10][box] = 0.001 * (box * 37 % 324);
+  for (const char code : std::string("L!z\"")) {
+    run.residueCode[10] = code;
+    run.blosumMatrix[code]['A'] = -2.0;
+    run.blosumMatrix[code]['z'] = -1.0;
+    const Lists expected = plainScreen(run, 10);
+    const Lists actual = screen(run, 10);
+    EXPECT_EQ(actual.matches, expected.matches) << code;
+    EXPECT_EQ(actual.sameType, expected.sameType) << code;
   }
 }
 

@@ -1,11 +1,13 @@
 // Triplet averaging: distance kernel against the plain definition, completeness, averages.
 #include <gtest/gtest.h>
 
+#include <fstream>
 #include <random>
 
 #include "shifts/plain_triplets.h"
 #include "shifts/shift_fixture.h"
 #include "shifts/triplet_distance.h"
+#include "support/process.h"
 
 namespace {
 
@@ -36,8 +38,8 @@ TEST(TripletDistance, EqualsTheDefinitionBitForBit) {
   }
   for (double& w : atoms) w = weight(random);
   for (double& w : scale) w = weight(random);
-  const TripletLibrary library = randomLibrary(random, 501);
-  for (int trial = 0; trial < 20; ++trial) {
+  const TripletLibrary library = randomLibrary(random, 2500);
+  for (int trial = 0; trial < 10; ++trial) {
     TripletQuery query;
     for (float& shift : query.shifts)
       shift = static_cast<float>(trial % 3 == 0 ? 9999.0 : 4.0 * weight(random));
@@ -47,6 +49,24 @@ TEST(TripletDistance, EqualsTheDefinitionBitForBit) {
       ASSERT_EQ(fast[row], plainDistance(library, row, query, ring, atoms, scale)) << row;
     }
   }
+}
+
+TEST(TripletLibraryTable, ReadsColumnsByNameAndRestartsWhenTheyChange) {
+  const support::TempDir directory;
+  const std::string file = (directory / "library.tab").string();
+  std::ofstream(file) << "VARS CA_R2 SOURCE\nFORMAT %f %s\n1 dropped\n"
+                         "VARS SOURCE CA_R2 RESNAME_R2 HA_R1 CA_R2\nFORMAT %s %f %s %f %f\n"
+                         "p 1 A -0.00012345678 2.50\nshort 1 A\nq 1 c 1e1 x\nREMARK 3 A +.5 0\n";
+  const TripletLibrary library =
+      readTripletLibrary(file, {{1, "N"}, {2, "HA"}, {3, "C"}, {4, "CA"}, {5, "CB"}, {6, "HN"}});
+  EXPECT_EQ(library.rows, 3);
+  EXPECT_EQ(library.sources, (std::vector<std::string>{"p", "q", "REMARK"}));
+  EXPECT_EQ(library.values[1], (std::vector<double>{-0.00012345678, 10.0, 0.5})) << "HA_R1";
+  EXPECT_EQ(library.values[9], (std::vector<double>{2.5, 0.0, 0.0})) << "CA_R2, the last of two columns";
+  EXPECT_EQ(library.centre[3], library.values[9]);
+  EXPECT_EQ(library.values[17], (std::vector<double>{0.0, 0.0, 0.0})) << "no such column";
+  EXPECT_EQ(library.names, (std::vector<std::string>{"", "A", "c"}));
+  EXPECT_EQ(library.nameIds[1], (std::vector<int>{1, 2, 1}));
 }
 
 /// Five residues with CA and N; library rows differ from the query's centre CA shift by known amounts.

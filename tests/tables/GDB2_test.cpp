@@ -1,7 +1,10 @@
 // Typed tables: values, numbering and error reports.
 #include "tables/GDB2.h"
 
+#include <bit>
 #include <cmath>
+#include <cstdlib>
+#include <random>
 
 #include "tables/table_test.h"
 
@@ -36,6 +39,40 @@ TEST_F(GDB2Test, ConvertsCellsByColumn) {
   EXPECT_EQ(table.lastResid, 6);
   EXPECT_EQ(table.residList, (std::map<std::int32_t, std::string>{{4, "A"}, {5, "C"}, {6, "X"}}));
   EXPECT_EQ(table.errorText, "");
+}
+
+TEST_F(GDB2Test, CellsAgreeWithTheLibrary) {
+  const char* const spellings[] = {"0", "-0", "%.4f", "%.6g", "%.12f", "%+.3e", "%.0f"};
+  const char* const gaps[] = {" ", " ", " ", "\t", "  "};
+  constexpr int kColumns = 40;
+  std::mt19937 random(5);
+  std::string content = "VARS";
+  for (int i = 0; i < kColumns; ++i) content += " " + std::to_string(i);
+  content += "\nFORMAT";
+  for (int i = 0; i < kColumns; ++i) content += i % 9 == 4 ? " %d" : " %f";
+  std::vector<std::string> cells;
+  for (int row = 0; row < 60; ++row) {
+    content += random() % 4 == 0 ? "\r\n " : "\n";
+    for (int i = 0; i < kColumns; ++i) {
+      char cell[64] = "0";
+      const auto kind = random() % 14;
+      const double value = (static_cast<double>(random()) - 2e9) / 4e9;
+      if (kind < 7) std::snprintf(cell, sizeof cell, spellings[kind], value);
+      cells.emplace_back(cell);
+      content += cell;
+      content += i + 1 < kColumns ? gaps[random() % 5] : "";
+    }
+    if (row % 7 == 0) content += "\n0 0 0 0 0 0 0 0";  // too few cells
+  }
+  const GDB2 table(file(content));
+  ASSERT_EQ(table.lineCount, 60);
+  for (std::size_t k = 0; k < cells.size(); ++k) {
+    const auto column = static_cast<std::int32_t>(k % kColumns);
+    const float expected = column % 9 == 4 ? static_cast<float>(std::strtol(cells[k].c_str(), nullptr, 10))
+                                           : static_cast<float>(std::strtod(cells[k].c_str(), nullptr));
+    const float actual = table.getFloatNodeVal(static_cast<std::int32_t>(k / kColumns) + 1, column + 1);
+    ASSERT_EQ(std::bit_cast<std::uint32_t>(actual), std::bit_cast<std::uint32_t>(expected)) << cells[k];
+  }
 }
 
 TEST_F(GDB2Test, NarrowsFromDoublePrecision) {
