@@ -165,6 +165,19 @@ def calibrate(slots, truth, pooled=None):
     return np.exp(values - values.max())
 
 
+def chances(weights, slots):
+    """Probabilities of the three rotamers from the bins of their mean scores."""
+    chance = weights[slots]
+    return chance / chance.sum(axis=1, keepdims=True)
+
+
+def reliability(chance, right):
+    """[(count, mean stated probability, share right)] of the likeliest rotamer in tenths of its probability."""
+    tenth = np.minimum((10.0 * chance).astype(int), 9)
+    return [(int((tenth == k).sum()), chance[tenth == k].mean(), right[tenth == k].mean())
+            for k in range(3, 10) if (tenth == k).any()]
+
+
 def _train(letter, x, target, rows, number):
     """Layers of one chi1 network fitted on the given rows."""
     rng = np.random.default_rng(settings.SEED + number)
@@ -199,17 +212,24 @@ def train_all(proteins, folds, candidates, tab):
         write_level(tab, f"chi1_{letter}", 1, _train(letter, x, target, mine, number),
                     "Chi1 fragment score of residue type %s: near 0 same rotamer, near 1 another." % letter)
     pooled = calibrate(*(np.concatenate(parts) for parts in zip(*held.values())))
-    rows, summary = [], []
+    tables = {letter: calibrate(*held[letter], pooled) for letter in settings.CHI1_TYPES}
+    rows, summary, best, right = [], [], [], []
     for letter in settings.CHI1_TYPES:
         slots, truth = held[letter]
-        weights = calibrate(slots, truth, pooled)
+        weights = tables[letter]
         rows.append((letter, *weights))
-        chance = weights[slots]
-        chance /= chance.sum(axis=1, keepdims=True)
-        called = chance.max(axis=1) >= 0.6
-        right = (chance.argmax(axis=1) == truth)[called].mean() if called.any() else math.nan
-        summary.append(f"{letter}: {100 * called.mean():.0f} % called, {100 * right:.0f} % right")
-    print("  chi1 of held-out proteins: " + "; ".join(summary), flush=True)
+        chance = chances(weights, slots)
+        best.append(chance.max(axis=1))
+        right.append(chance.argmax(axis=1) == truth)
+        called = best[-1] >= 0.6
+        share = right[-1][called].mean() if called.any() else math.nan
+        summary.append(f"{letter}: {100 * called.mean():.0f} % called, {100 * share:.0f} % right")
+    best, right = np.concatenate(best), np.concatenate(right)
+    print("  chi1 of held-out proteins: " + "; ".join(summary))
+    print(f"  all types: {100 * (best >= 0.6).mean():.1f} % called, {100 * right[best >= 0.6].mean():.1f} % right; "
+          "stated and real probability by tenths: "
+          + ", ".join(f"{stated:.2f} {share:.2f} ({count})" for count, stated, share in reliability(best, right)),
+          flush=True)
     write_table(os.path.join(tab, "chi1.tab"), ("RESNAME",) + tuple(str(k) for k in range(BINS)),
                 ("%-3s",) + ("%8.5f",) * BINS, rows,
                 ("Weight of a rotamer by the bin (tenths) of its mean chi1 score, per residue type.",

@@ -93,7 +93,7 @@ def train(model, batches, loss, epochs, steps, name, rate=settings.LEARNING_RATE
             total += float(value.detach())
             count += 1
             done += 1
-        if epoch % 10 == 9 or epoch == epochs - 1 or epochs < 10:
+        if epoch % 10 == 9 or epoch == epochs - 1 or epochs < 8:
             print(f"  {name}: epoch {epoch + 1}/{epochs}, loss {total / max(count, 1):.4f}", flush=True)
     return model
 
