@@ -24,13 +24,13 @@ double cellNumber(std::string_view cell) {
   return decimal.length == cell.size() ? decimal.toDouble() : text::toDouble(cell);
 }
 
-/// Builds a library from the rows of its table.
+/// Collects the triplets from the rows of the library table.
 class LibraryRows : public RowSink {
  public:
   explicit LibraryRows(const std::map<int, std::string>& atomNames) : atomNames_(atomNames) {}
 
   void redefine(const std::map<std::int32_t, std::string>& varNames) override {
-    library = {};
+    triplets = {};
     ids_.clear();
     std::map<std::string, std::size_t> columns;  // of columns with equal names the last one counts
     for (const auto& [index, name] : varNames) columns[name] = static_cast<std::size_t>(index);
@@ -47,16 +47,16 @@ class LibraryRows : public RowSink {
   void add(const std::vector<std::string_view>& cells) override {
     for (std::size_t i = 0; i < values_.size(); ++i) {
       const double value = values_[i] == kAbsent ? 0.0 : cellNumber(cells[values_[i]]);
-      library.values[i].push_back(value);
-      if (i / 6 == 1) library.centre[i % 6].push_back(value);
+      triplets.values[i].push_back(value);
+      if (i / 6 == 1) triplets.centre[i % 6].push_back(value);
     }
     for (std::size_t p = 0; p < names_.size(); ++p)
-      library.nameIds[p].push_back(idOf(cell(cells, names_[p])));
-    library.sources.emplace_back(cell(cells, source_));
-    ++library.rows;
+      triplets.nameIds[p].push_back(idOf(cell(cells, names_[p])));
+    triplets.sources.emplace_back(cell(cells, source_));
+    ++triplets.rows;
   }
 
-  TripletLibrary library;
+  TripletLibrary triplets;
 
  private:
   static constexpr std::size_t kAbsent = static_cast<std::size_t>(-1);
@@ -69,7 +69,7 @@ class LibraryRows : public RowSink {
     if (known != ids_.end()) return known->second;
     const int id = static_cast<int>(ids_.size());
     ids_.emplace(name, id);
-    library.names.emplace_back(name);
+    triplets.names.emplace_back(name);
     return id;
   }
 
@@ -85,7 +85,7 @@ class LibraryRows : public RowSink {
 TripletLibrary readTripletLibrary(const std::string& file, const std::map<int, std::string>& atomNames) {
   LibraryRows rows(atomNames);
   GDB().loadGDB(file, rows);
-  return std::move(rows.library);
+  return std::move(rows.triplets);
 }
 
 void excludeSources(TripletLibrary& library, const std::string& exclusionList) {
