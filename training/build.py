@@ -131,6 +131,7 @@ def main():
     stages = options.stages.split(",")
     torch.set_num_threads(options.threads)
     tab, cache = os.path.join(options.out, "tab"), Cache(options.cache)
+    os.makedirs(tab, exist_ok=True)
     home, tool = os.path.abspath(options.out), os.path.abspath(options.dump)
 
     proteins = read_training(options.paired)
