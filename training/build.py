@@ -3,6 +3,7 @@
 
 import argparse
 import os
+import sys
 import time
 from types import SimpleNamespace
 
@@ -119,7 +120,8 @@ def predict_shifts(proteins, reference, options, cache):
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("--paired", required=True, help="folder of train.tsv.xz, train-more.tsv.xz, proteins*.tsv")
-    parser.add_argument("--structures", help="folder of chains.tsv, residues.tsv.xz, phipsi_dssp.tsv.xz")
+    parser.add_argument("--structures", help="folder of chains.tsv, residues.tsv.xz, phipsi_dssp.tsv.xz, "
+                        "refdb_map.tsv, refdb_residues.tsv.xz")
     parser.add_argument("--blastdb", help="large BLAST database for the profiles of the sequence networks")
     parser.add_argument("--out", required=True, help="installation folder; the tables go to its tab/")
     parser.add_argument("--cache", required=True, help="folder of the stages' results")
@@ -157,7 +159,7 @@ def main():
         build_sequence(data, protein_folds, context, options, cache, tab)
     if "chi1" in stages:
         own_folds = protein_folds[:len(proteins)]
-        fold_model = cache.get("surf20-folds", None)
+        fold_model = cache.get("surf20-folds", lambda: sys.exit("stage chi1 needs the fold models of stage boxes"))
         candidates = chi1.dump_candidates(proteins, own_folds, reference, extra, fold_model, boxes.box_weights(), tool,
                                           home, os.path.abspath(options.cache))
         chi1.train_all(proteins, own_folds, candidates, tab)

@@ -59,13 +59,6 @@ def evaluate_layers(layers, x):
     return x
 
 
-def confidence_mean(outputs):
-    """Mean of 3-class member outputs weighted by largest minus second largest value (members x rows x 3)."""
-    ordered = np.sort(outputs, axis=2)
-    weight = np.maximum(ordered[:, :, 2] - ordered[:, :, 1], 1e-12)[:, :, None]
-    return (outputs * weight).sum(axis=0) / weight.sum(axis=0)
-
-
 def standardisation(x):
     """Mean and spread per input; inputs that hardly vary keep the scale 1."""
     centre, scale = x.mean(axis=0), x.std(axis=0)

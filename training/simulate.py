@@ -65,11 +65,9 @@ def simulated(chains, secondary, expected_error, reference, pool, patterns):
         rng = np.random.default_rng([settings.SEED, zlib.crc32(chain.name.encode())])
         count = len(protein)
         shift = shift[keep] + sigma[keep] * draw_errors(count, rows, first, rng)
-        shift = shift + reference.expected(protein)
+        shift = shift + reference.expected(protein)  # nan where the type has no such nucleus
         shift[:, ~patterns[rng.integers(len(patterns))]] = np.nan
         shift[rng.random(shift.shape) < settings.SIMULATED_LACK] = np.nan
-        # Proline has no amide proton; glycine has no CB (no reference value either).
-        shift[[letter == "P" for letter in protein.code], ATOMS.index("HN")] = np.nan
         protein.shifts = shift
         others = [name for name in settings.VARIANTS if name != "observed"]
         weight = np.array([sum(settings.VARIANTS[name]) for name in others])

@@ -56,7 +56,6 @@ def hydrogen_bonds(xyz, hn):
     energy = np.where(np.isfinite(energy), np.clip(energy, -9.9, 0.0), 0.0)
     index = np.arange(len(xyz))
     energy[np.abs(index[:, None] - index[None]) < 2] = 0.0
-    energy[index[1:], index[:-1]] = 0.0
     return np.where(energy > -0.05, 0.0, energy)
 
 
@@ -70,7 +69,7 @@ def ring_current(points, rings, owner):
             continue
         p = points[near]
         following = np.roll(atoms, -1, axis=0)
-        normal = unit(np.cross(atoms, following).sum(axis=0) - 0.0 * centre)
+        normal = unit(np.cross(atoms, following).sum(axis=0))
         cube = ((p[:, None] - atoms[None]) ** 2).sum(axis=2) ** -1.5
         a, b = atoms[None] - p[:, None], following[None] - p[:, None]
         area = 0.5 * (np.cross(a, b) @ normal)

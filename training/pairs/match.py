@@ -29,7 +29,7 @@ def align(codes, breaks, shift_codes):
     Gaps open for nothing at the ends and where the chain is broken."""
     free = [True, *breaks[1:], True]
     result = gemmi.align_string_sequences(list(shift_codes), list(codes), free, scoring())
-    partner, position, number, count = [], 0, 0, ""
+    partner, position, count = [], 0, ""
     for letter in result.cigar_str():
         if letter.isdigit():
             count += letter
