@@ -25,6 +25,11 @@ def with_predictions(secondary, predicted, error):
     return values, scales
 
 
+def existing(protein, reference, scales):
+    """Scales with 0 (missing) for nuclei that the residue does not have: the shift model predicts all six."""
+    return np.where(np.isfinite(reference.expected(protein)), scales, 0.0)
+
+
 def write_records(handle, protein, values, scales):
     """Records of every residue with phi and psi; a residue without them is left out, so that its number is a gap.
     Negative numbering is moved up to start at 1. Returns the number of records."""
@@ -55,11 +60,11 @@ def write_database(path, proteins, reference, predicted, structures, leave_out=(
                 continue
             secondary = reference.secondary(protein)
             nothing = np.full(secondary.shape, np.nan)
-            pair = with_predictions(secondary, *predicted.get(protein.name, (nothing, nothing)))
-            count += write_records(handle, protein, *pair)
+            values, scales = with_predictions(secondary, *predicted.get(protein.name, (nothing, nothing)))
+            count += write_records(handle, protein, values, existing(protein, reference, scales))
         for protein, secondary, error in structures:
             if protein.name not in leave_out:
-                count += write_records(handle, protein, secondary, error)
+                count += write_records(handle, protein, secondary, existing(protein, reference, error))
     return count
 
 
