@@ -19,7 +19,7 @@ import sequence_stage
 import settings
 import structure
 import structures
-from networks import evaluate_layers
+from networks import RELATED, UNRELATED, evaluate_layers
 from paired import assign_folds, read_training, shift_entries
 from shifts_from_structure import PredictedShifts
 from write_tables import read_level, write_level
@@ -27,7 +27,7 @@ from write_tables import read_level, write_level
 QUICK_PROTEINS = 40
 QUICK_CHAINS = 40
 STAGES = ("reference", "inputs", "boxes", "structure", "sequence", "chi1")
-NO_STRUCTURES = SimpleNamespace(paired={}, database=[], simulated=[], relatives={})
+NO_STRUCTURES = SimpleNamespace(paired={}, database=[], simulated=[], relatives={}, pool=None)
 
 
 class Cache:
@@ -114,6 +114,7 @@ def predict_shifts(proteins, reference, options, cache):
     predicted = cache.get("predicted", make)
     related = cache.get("relatives", lambda: predicted.relatives_of(proteins, options.cache))
     return SimpleNamespace(paired=predicted.paired, database=predicted.database_chains(), relatives=related,
+                           pool=predicted.pool,
                            simulated=predicted.simulated(proteins, reference, set().union(*related.values())))
 
 
@@ -147,9 +148,10 @@ def main():
         reference_tables.write_reference_tables(proteins, tab)
         print("database records, triplets:",
               database.write_libraries(tab, proteins, reference, extra.paired, extra.database))
-    protein_folds = np.array(assign_folds(proteins, settings.FOLDS, settings.SEED) + [-1] * len(extra.simulated))
+    protein_folds = np.array(assign_folds(proteins, settings.FOLDS, settings.SEED)
+                             + [RELATED if protein.related else UNRELATED for protein in extra.simulated])
     if {"inputs", "boxes", "structure", "sequence"} & set(stages):
-        data = input_tables.prepare(proteins + extra.simulated, tool, home, os.path.abspath(options.cache))
+        data = input_tables.prepare(proteins + extra.simulated, tool, home, os.path.abspath(options.cache), extra.pool)
         folds = protein_folds[data.chain]
     if "boxes" in stages:
         build_boxes(data, folds, cache, tab)

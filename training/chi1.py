@@ -9,7 +9,7 @@ import torch
 import database
 import settings
 from inputs import cluster_mates, mask, run_dump, write_input
-from networks import Ensemble, evaluate_layers, member_mse, standardisation, train
+from networks import Ensemble, evaluate_layers, member_mse, orthogonalised, standardisation, train
 from textables import write_table
 from write_tables import write_level
 
@@ -43,7 +43,7 @@ def _related(own, extra):
 
 
 def fold_home(home, folder, fold_model, fold, weights):
-    """Installation like `home` whose box network never saw the fold: the member that held it out, three times."""
+    """Installation like `home` whose box network never saw the fold."""
     tab = os.path.join(folder, f"fold{fold}", "tab")
     os.makedirs(tab, exist_ok=True)
     for name in os.listdir(os.path.join(home, "tab")):
@@ -52,7 +52,7 @@ def fold_home(home, folder, fold_model, fold, weights):
             os.remove(link)
         if not name.startswith("surf20.level1."):
             os.symlink(os.path.join(home, "tab", name), link)
-    layers = [(weight[[fold] * 3], bias[[fold] * 3]) for weight, bias in fold_model.layers(weights)]
+    layers = [(weight[fold::settings.FOLDS], bias[fold::settings.FOLDS]) for weight, bias in fold_model.layers(weights)]
     write_level(tab, "surf20", 1, layers, f"Fold {fold} held out")
     return os.path.dirname(tab)
 
@@ -185,7 +185,7 @@ def _train(letter, x, target, rows, number):
     model = Ensemble(3, 39, HIDDEN, 1, centre, scale, settings.SEED + number)
     steps = max(1, int(rows.sum()) // settings.BATCH)
     train(model, _batches(x[rows], target[rows], rng), lambda net, a, b: member_mse(net(a), b),
-          settings.CHI1_EPOCHS, steps, f"chi1_{letter}")
+          settings.CHI1_EPOCHS, steps, f"chi1_{letter}", orthogonalised(model, settings.CHI1_RATE))
     return model.layers()
 
 

@@ -108,9 +108,11 @@ class Inputs:
 
     vectors: per variant residues x 32 (shift pairs in the order HN N HA C CA CB, then residue type / 10), nan = none
     missing: per variant the number of missing shifts per residue (6 = nothing known)
+    predicted, error: residues x 6 in the vectors' order, of simulated shifts; error 0 = a real residue
+    pool: (error rows in the vectors' order, first rows of stretches), see simulate.error_pool
     """
 
-    def __init__(self, proteins):
+    def __init__(self, proteins, pool):
         self.proteins = proteins
         self.count = sum(len(protein) for protein in proteins)
         self.start = np.cumsum([0] + [len(protein) for protein in proteins])
@@ -124,6 +126,13 @@ class Inputs:
         self.variants = list(settings.VARIANTS)
         self.vectors = np.full((len(self.variants), self.count, 32), np.nan, np.float32)
         self.missing = np.full((len(self.variants), self.count), 6, np.int8)
+        order = [COLUMN[atom] for atom in settings.VECTOR_ATOMS]
+        self.pool = None if pool is None else (pool[0][:, order].astype(np.float32), pool[1])
+        self.predicted, self.error = np.zeros((2, self.count + 1, len(ATOMS)), np.float32)
+        for chain, protein in enumerate(proteins):
+            if protein.predicted is not None:
+                span = slice(self.start[chain], self.start[chain + 1])
+                self.predicted[span], self.error[span] = protein.predicted[:, order], protein.error[:, order]
 
     def neighbours(self, reach):
         """Row numbers of the residues -reach..reach around each residue; -1 where the chain has none."""
@@ -138,6 +147,17 @@ class Inputs:
             result[rows[inside][good], step + reach] = other_in[good]
         return result
 
+    def redraw_errors(self, shifts, missing, rows, rng):
+        """New errors of the simulated shifts that are not missing, one stretch a window, so that no epoch shows the same
+        values again. shifts (changed), missing: windows x residues x 6; rows: windows x residues."""
+        if self.pool is None:
+            return
+        errors, first = self.pool
+        drawn = errors[rng.choice(first, len(rows))[:, None] + np.arange(rows.shape[1])]
+        scale = self.error[rows]
+        simulated = (missing == 0.0) & (scale > 0.0)
+        shifts[simulated] = (self.predicted[rows] + scale * drawn)[simulated]
+
     def read_dump(self, path, variant, chain):
         """Takes over one dump file."""
         rows = {number: self.start[chain] + k for k, number in enumerate(self.proteins[chain].resid)}
@@ -150,9 +170,9 @@ class Inputs:
                     self.vectors[variant, row] = np.array(words[3:35], np.float32)
 
 
-def prepare(proteins, tool, home, folder):
+def prepare(proteins, tool, home, folder, pool=None):
     """Writes all input tables, dumps them and reads the result (cached as inputs.npz in `folder`)."""
-    inputs = Inputs(proteins)
+    inputs = Inputs(proteins, pool)
     cache = os.path.join(folder, "inputs.npz")
     if os.path.exists(cache):
         with np.load(cache) as stored:

@@ -9,6 +9,10 @@ from torch import nn
 import settings
 
 
+# Instead of a fold number, for chains without shifts: no relative of a real protein, and one.
+UNRELATED, RELATED = -1, -2
+
+
 class Ensemble(nn.Module):
     """Members of one network level: a square tanh layer, a tanh hidden layer and a linear output layer each.
 
@@ -65,12 +69,58 @@ def standardisation(x):
     return centre, np.where(scale > 1e-3, scale, 1.0)
 
 
-def train(model, batches, loss, epochs, steps, name, rate=settings.LEARNING_RATE, decay=settings.WEIGHT_DECAY):
-    """AdamW with cosine decay. `batches()` yields the argument tuples of one epoch, `loss(model, *batch)` is
-    minimised; `steps` is the number of batches per epoch."""
-    optimiser = torch.optim.AdamW(model.parameters(), lr=rate, weight_decay=decay)
-    schedule = torch.optim.lr_scheduler.OneCycleLR(optimiser, rate, total_steps=epochs * steps, pct_start=0.03,
-                                                   cycle_momentum=False, div_factor=10.0, final_div_factor=1e3)
+class Orthogonalised(torch.optim.Optimizer):
+    """Momentum whose matrix is made orthogonal before the step (Muon; Jordan et al., 2024): a quintic Newton-Schulz
+    iteration brings all singular values near 1, so that weak directions of the gradient are learned as fast as strong
+    ones. Parameters are members x inputs x outputs."""
+
+    MOMENTUM = 0.95
+    QUINTIC = (3.4445, -4.7750, 2.0315)
+
+    def __init__(self, parameters, rate):
+        super().__init__(parameters, {"lr": rate})
+
+    def _orthogonal(self, matrix):
+        a, b, c = self.QUINTIC
+        x = matrix / (matrix.norm(dim=(1, 2), keepdim=True) + 1e-7)
+        turned = x.shape[1] > x.shape[2]
+        if turned:
+            x = x.transpose(1, 2)
+        for _ in range(5):
+            square = x @ x.transpose(1, 2)
+            x = a * x + (b * square + c * square @ square) @ x
+        return x.transpose(1, 2) if turned else x
+
+    @torch.no_grad()
+    def step(self):
+        for group in self.param_groups:
+            for weight in group["params"]:
+                state = self.state[weight]
+                if not state:
+                    state["momentum"] = torch.zeros_like(weight)
+                momentum = state["momentum"].lerp_(weight.grad, 1.0 - self.MOMENTUM)
+                update = self._orthogonal(weight.grad.lerp(momentum, self.MOMENTUM))
+                size = math.sqrt(max(1.0, weight.shape[2] / weight.shape[1]))
+                weight.add_(update, alpha=-group["lr"] * size)
+
+
+def orthogonalised(model, rate):
+    """Steppers of an ensemble: orthogonalised steps for its matrices, AdamW for its biases."""
+    return [Orthogonalised(list(model.weights), rate),
+            torch.optim.AdamW(list(model.biases), lr=settings.BIAS_RATE, weight_decay=0.0)]
+
+
+def adamw(model, rate=settings.LEARNING_RATE):
+    """Steppers of any model: AdamW for everything."""
+    return [torch.optim.AdamW(model.parameters(), lr=rate, weight_decay=settings.WEIGHT_DECAY)]
+
+
+def train(model, batches, loss, epochs, steps, name, steppers):
+    """Steps of `steppers` with cosine decay of their rates. `batches()` yields the argument tuples of one epoch,
+    `loss(model, *batch)` is minimised; `steps` is the number of batches per epoch."""
+    schedules = [torch.optim.lr_scheduler.OneCycleLR(
+        stepper, stepper.param_groups[0]["lr"], total_steps=epochs * steps, pct_start=0.03, cycle_momentum=False,
+        div_factor=10.0, final_div_factor=1e3) for stepper in steppers]
     done = 0
     for epoch in range(epochs):
         total = 0.0
@@ -79,10 +129,10 @@ def train(model, batches, loss, epochs, steps, name, rate=settings.LEARNING_RATE
             if done >= epochs * steps:
                 break
             value = loss(model, *batch)
-            optimiser.zero_grad(set_to_none=True)
+            model.zero_grad(set_to_none=True)
             value.backward()
-            optimiser.step()
-            schedule.step()
+            for stepper in (*steppers, *schedules):
+                stepper.step()
             total += float(value.detach())
             count += 1
             done += 1
@@ -101,10 +151,11 @@ def member_mse(output, target, share=None):
 
 
 def hold_out_shares(folds, members):
-    """members x samples: 1 where the sample's fold is not held out by the member (member k holds out fold
-    k modulo FOLDS)."""
+    """members x samples: 1 where the member may see the sample: not its held-out fold (member k holds out fold k modulo
+    FOLDS), not RELATED."""
     held = torch.arange(members)[:, None] % settings.FOLDS
-    return (torch.as_tensor(folds)[None, :] != held).float()
+    folds = torch.as_tensor(folds)[None, :]
+    return ((folds != held) & (folds != RELATED)).float()
 
 
 def shuffled(count, batch, generator):

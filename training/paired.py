@@ -24,7 +24,11 @@ class Protein:
     psi: np.ndarray = None
     chi1: np.ndarray = None
     shifts: np.ndarray = None  # residues x 6 in atom order, ppm
-    variants: list = None  # input variants of a protein with simulated shifts; None = a real protein, all variants
+    # A protein with simulated shifts only; None of a real one, which shows all variants:
+    variants: list = None  # its input variants
+    predicted: np.ndarray = None  # residues x 6, secondary shifts without errors, ppm
+    error: np.ndarray = None  # their expected errors, ppm
+    related: bool = False  # resembles a real protein
 
     def __len__(self):
         return len(self.resid)

@@ -4,7 +4,7 @@ import numpy as np
 import torch
 
 import settings
-from networks import Ensemble, member_mse, shuffled, standardisation, train
+from networks import Ensemble, adamw, member_mse, shuffled, standardisation, train
 from sequence_data import windows
 
 # name: (half width, hidden units, level-2 hidden units, members)
@@ -66,7 +66,7 @@ class SequenceNetwork:
         centre, scale = standardisation(sample)
         model = Ensemble(len(self.shares), sample.shape[1], hidden, 3, centre, scale, self.seed)
         return train(model, lambda: self._batches(features_of_epoch(), rng), _loss, epochs, self.steps,
-                     f"{self.name} {label}")
+                     f"{self.name} {label}", adamw(model))
 
     def train_level1(self):
         rng = np.random.default_rng([self.seed, 1])

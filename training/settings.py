@@ -60,7 +60,8 @@ VARIANTS = {
 
 # --- shifts predicted from structure ----------------------------------------------------------------
 WORST_RESOLUTION = 2.5  # angstrom, of crystal structures that are looked at
-SIMULATED_RESOLUTION = 2.2  # of chains with simulated shifts
+SIMULATED_RESOLUTION = 2.5  # of chains with simulated shifts
+SIMULATED_LENGTH = 40  # residues, of the shortest one
 DATABASE_RESOLUTION = 2.5  # of chains in the fragment database
 MODEL_FOLDS = 5
 MODEL_MEMBERS = 5
@@ -73,28 +74,29 @@ MODEL_TREES = 220
 ERROR_STRETCH = 12  # residues whose prediction errors are drawn together
 LARGEST_ERROR = 6.0  # expected errors
 SIMULATED_LACK = 0.04  # share of shifts left out at random
-SIMULATED_SHARE = 3.0  # simulated windows per real one in an epoch of the box networks
-SS_SIMULATED_SHARE = 1.0  # the same of the structure networks, which are small
+SIMULATED_SHARE = 5.0  # simulated windows per real one in an epoch of the box networks
+SS_SIMULATED_SHARE = 4.0  # the same of the structure networks
 SIMULATED_VARIANTS = 3  # input variants of one chain, the first is "observed"
 
 # --- networks ---------------------------------------------------------------------------------
 FOLDS = 3
 BATCH = 1024
-LEARNING_RATE = 2e-3
-WEIGHT_DECAY = 0.02
+LEARNING_RATE = 2e-3  # of AdamW
+WEIGHT_DECAY = 0.02  # of AdamW
+BIAS_RATE = 3e-3  # of the biases beside orthogonalised steps
 # Noise on the inputs, ppm: an offset per window and nucleus, and a share of the nucleus's spread per value.
 OFFSET_NOISE = {"HN": 0.05, "N": 0.3, "HA": 0.03, "C": 0.2, "CA": 0.2, "CB": 0.2}
 VALUE_NOISE = 0.05
 
-BOX_RATE = 3e-3  # learning rate
-BOX_DECAY = 0.001  # with simulated windows, which leave little to overfit
-BOX_EPOCHS = 100
-BOX_FOLD_EPOCHS = 40
+BOX_RATE = 6e-3  # orthogonalised steps
+BOX_EPOCHS = 60
+BOX_FOLD_EPOCHS = 24
 BOX_LEVEL2_EPOCHS = 6
 BOX_LEVEL2_RATE = 5e-4
-HYBRID_EPOCHS = 50
+HYBRID_EPOCHS = 40
 HYBRID_ABSENT = 0.08  # share of windows whose outer residues are made absent
-SS_EPOCHS = 50
+SS_EPOCHS = 30
+SS_RATE = 0.01  # orthogonalised steps of level 1
 SS_LEVEL2_EPOCHS = 20
 SEQSS_EPOCHS = 4
 SEQSS15_EPOCHS = 3
@@ -106,5 +108,6 @@ DEEP_CHAINS = 327
 DEEP_LENGTH = 450
 PROFILE_PROCESSES = 1
 RELATED_EVALUE = 1e-3  # sequences with such a local alignment are relatives
-CHI1_EPOCHS = 8
+CHI1_EPOCHS = 12
+CHI1_RATE = 0.01  # orthogonalised steps
 CHI1_TYPES = "CDEFHIKLMNQRSTVWY"

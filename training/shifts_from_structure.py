@@ -173,13 +173,17 @@ class PredictedShifts:
                 picked.append(k)
         return picked
 
-    def simulated(self, proteins, reference, avoided):
-        """Training proteins with simulated shifts from chains of no avoided cluster."""
-        picked = self._one_per_cluster(lambda chain: chain.cl30 not in avoided and len(chain) >= 40
-                                       and chain.resolution <= settings.SIMULATED_RESOLUTION)
-        return simulate.simulated([self.chains[k] for k in picked], [self.secondary[k] for k in picked],
-                                  [self.error[k] for k in picked], reference, self.pool,
-                                  simulate.assigned_nuclei(proteins))
+    def simulated(self, proteins, reference, related):
+        """Training proteins with simulated shifts from all chains; those of the clusters `related` to paired proteins are
+        marked, for networks that must not have seen these."""
+        picked = [k for k, chain in enumerate(self.chains)
+                  if len(chain) >= settings.SIMULATED_LENGTH and chain.resolution <= settings.SIMULATED_RESOLUTION]
+        result = simulate.simulated([self.chains[k] for k in picked], [self.secondary[k] for k in picked],
+                                    [self.error[k] for k in picked], reference, self.pool,
+                                    simulate.assigned_nuclei(proteins))
+        for protein in result:
+            protein.related = protein.cluster in related
+        return result
 
     def database_chains(self):
         """[(protein, secondary, error)] of the fragment database: chains that hold no paired protein."""

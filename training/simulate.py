@@ -62,9 +62,9 @@ def simulated(chains, secondary, expected_error, reference, pool, patterns):
     proteins = []
     for chain, shift, sigma in zip(chains, secondary, expected_error):
         protein, keep = as_protein(chain)
+        protein.predicted, protein.error = shift[keep], sigma[keep]
         rng = np.random.default_rng([settings.SEED, zlib.crc32(chain.name.encode())])
-        count = len(protein)
-        shift = shift[keep] + sigma[keep] * draw_errors(count, rows, first, rng)
+        shift = protein.predicted + protein.error * draw_errors(len(protein), rows, first, rng)
         shift = shift + reference.expected(protein)  # nan where the type has no such nucleus
         shift[:, ~patterns[rng.integers(len(patterns))]] = np.nan
         shift[rng.random(shift.shape) < settings.SIMULATED_LACK] = np.nan

@@ -4,8 +4,8 @@ import numpy as np
 import torch
 
 import settings
-from networks import (Ensemble, evaluate_layers, hold_out_shares, member_mse, mixed, mixed_steps, standardisation,
-                      train)
+from networks import (Ensemble, adamw, evaluate_layers, hold_out_shares, member_mse, mixed, mixed_steps, orthogonalised,
+                      standardisation, train)
 
 # name: (window reach, position in the window whose shifts are hidden or None, hidden units)
 NETWORKS = {"ss": (1, None, 20), "ss.center": (1, 1, 20), "ss.prev": (1, 0, 20), "ss.next": (1, 2, 20),
@@ -84,6 +84,7 @@ class Windows:
         rows = self.rows[variants, centres]
         x = self.inputs.vectors[np.asarray(variants)[..., None], rows].copy()
         if rng is not None:
+            self.inputs.redraw_errors(x[:, :, 0:12:2], x[:, :, 1:12:2], rows, rng)
             noise = rng.standard_normal((len(x), 1, 6), np.float32) * self.offset_noise \
                 + rng.standard_normal(x.shape[:2] + (6,), np.float32) * self.value_noise
             x[:, :, 0:12:2] += noise
@@ -159,7 +160,7 @@ def train_network(inputs, name, folds, seed):
     def level1(members, shares, label):
         model = Ensemble(members, sample.shape[1], hidden, 3, centre, scale, seed)
         train(model, lambda: windows.batches(rng, shares), _loss, settings.SS_EPOCHS, level1_steps,
-              f"{name} {label}")
+              f"{name} {label}", orthogonalised(model, settings.SS_RATE))
         return model.layers()
 
     fold_layers = level1(settings.FOLDS, hold_out_shares(folds, settings.FOLDS), "folds")
@@ -186,7 +187,8 @@ def train_network(inputs, name, folds, seed):
 
     def level2(members, shares, label):
         model = Ensemble(members, features.shape[1], LEVEL2_HIDDEN, 3, centre2, scale2, seed)
-        train(model, lambda: level2_batches(shares), _loss, settings.SS_LEVEL2_EPOCHS, steps, f"{name} {label}")
+        train(model, lambda: level2_batches(shares), _loss, settings.SS_LEVEL2_EPOCHS, steps, f"{name} {label}",
+              adamw(model))
         return model.layers()
 
     fold_level2 = level2(settings.FOLDS, hold_out_shares(folds, settings.FOLDS), "level 2 folds")
