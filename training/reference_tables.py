@@ -10,6 +10,7 @@ from textables import write_table
 
 CODES = settings.RESIDUE_CODES
 ATOMS = settings.ATOMS
+SOURCE = "Derived from observed shifts (BMRB, RefDB) and crystal torsions of %d proteins."
 
 
 def trimmed_mean(values, prior):
@@ -137,11 +138,20 @@ def triplet_weights(proteins, reference):
     return rows
 
 
+def write_triplet_weights(proteins, reference, folder):
+    """The weight table of the triplet distance alone."""
+    write_table(os.path.join(folder, "weight.tab"), ("RESNAME",) + ATOMS + ("W",), ("%-3s",) + ("%12.6f",) * 7,
+                triplet_weights(proteins, reference),
+                ("Triplet distance: R1, R2, R3 = weights of the squared shift differences of the three residues",
+                 "(inverse variances) and, in W, of the squared homology distance; AVG x W = cost of a missing shift",
+                 "(variances, ppm^2, times W).", SOURCE % len(proteins)))
+
+
 def write_reference_tables(proteins, folder):
     """Fits and writes every small table into `folder`; returns the reference model."""
     os.makedirs(folder, exist_ok=True)
     reference = fit_reference(proteins)
-    source = "Derived from observed shifts (BMRB, RefDB) and crystal torsions of %d proteins." % len(proteins)
+    source = SOURCE % len(proteins)
     columns, formats = ("RESNAME",) + ATOMS, ("%-3s",) + ("%9.3f",) * 6
 
     def table(name, values, *remarks):
@@ -171,11 +181,7 @@ def write_reference_tables(proteins, folder):
                 [(a, *(homology_distance(a, b) for b in CODES)) for a in CODES],
                 ("Distances between residue types, sqrt((Bii + Bjj)/2 - Bij) with B = BLOSUM62.",
                  "The two states of cysteine (C reduced, c oxidised) are 1 apart."))
-    write_table(os.path.join(folder, "weight.tab"), columns + ("W",), ("%-3s",) + ("%12.6f",) * 7,
-                triplet_weights(proteins, reference),
-                ("Triplet distance: R1, R2, R3 = weights of the squared shift differences of the three residues",
-                 "(inverse variances) and, in W, of the squared homology distance; AVG x W = cost of a missing shift",
-                 "(variances, ppm^2, times W).", source))
+    write_triplet_weights(proteins, reference, folder)
     order = literature.BLOSUM_ORDER
     write_table(os.path.join(folder, "BLOSUM62.tab"), ("RESNAME",) + tuple(order), ("%-3s",) + ("%3d",) * 20,
                 [(a, *(literature.BLOSUM62[a][b] for b in order)) for a in order],
