@@ -30,6 +30,21 @@ def axis_bump(angle):
     return np.exp(-0.5 * distance * distance).astype(np.float32)
 
 
+def smoothed(layers, weights):
+    """The layers with maps smoothed by a periodic Gaussian of BOX_SMOOTHING boxes: bumps get wider and keep their height.
+
+    The program compares regions by their highest boxes; smoothed, these tell the probability of a region rather than how
+    narrow it is. `weights` are the box weights (map = output x weight)."""
+    width = settings.BOX_SMOOTHING
+    step = np.arange(WIDTH)
+    step = np.minimum(step, WIDTH - step)
+    line = np.exp(-0.5 * (step / width) ** 2)
+    circle = (line / line.sum())[(np.arange(WIDTH)[:, None] - np.arange(WIDTH)[None, :]) % WIDTH]
+    kernel = (1.0 + width * width) * np.kron(circle, circle) * weights / weights[:, None]
+    weight, bias = layers[2]
+    return [*layers[:2], (np.matmul(kernel, weight), bias @ kernel.T)]
+
+
 class BoxWindows:
     """Windows of five residues per variant: centre rows, five row numbers each (`count` = the absent residue)."""
 

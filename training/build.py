@@ -67,13 +67,14 @@ def build_boxes(data, folds, cache, tab):
         windows, settings.BOX_FOLD_EPOCHS, "surf20 folds", folds))
     level2 = cache.get("surf20-level2", lambda: boxes.train_level2(
         windows, fold_model, folds, settings.BOX_LEVEL2_EPOCHS))
-    remark = "Phi/psi box network, output times box weight = exp(-d^2/2), d in boxes."
-    write_checked(tab, "surf20", 2, level2.layers(weights), remark)
+    remark = "Phi/psi box network, output times box weight = exp(-d^2/%g), d in boxes."
+    width = 2.0 * (1.0 + settings.BOX_SMOOTHING ** 2)
+    write_checked(tab, "surf20", 2, boxes.smoothed(level2.layers(weights), weights), remark % width)
     hybrid = cache.get("surf20-hyb", lambda: boxes.train_level1(
         boxes.BoxWindows(data, "surf20_hyb"), settings.HYBRID_EPOCHS, "surf20_hyb"))
-    write_checked(tab, "surf20_hyb", 1, hybrid.layers(weights), remark)
+    write_checked(tab, "surf20_hyb", 1, boxes.smoothed(hybrid.layers(weights), weights), remark % width)
     level1 = cache.get("surf20-level1", lambda: boxes.train_level1(windows, settings.BOX_EPOCHS, "surf20 level 1"))
-    write_checked(tab, "surf20", 1, level1.layers(weights), remark)
+    write_checked(tab, "surf20", 1, level1.layers(weights), remark % 2)
 
 
 def build_structure(data, folds, cache, tab):

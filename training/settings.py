@@ -93,6 +93,7 @@ BOX_EPOCHS = 60
 BOX_FOLD_EPOCHS = 24
 BOX_LEVEL2_EPOCHS = 6
 BOX_LEVEL2_RATE = 5e-4
+BOX_SMOOTHING = 1.0  # boxes, of the maps that the program searches under
 HYBRID_EPOCHS = 40
 HYBRID_ABSENT = 0.08  # share of windows whose outer residues are made absent
 SS_EPOCHS = 30
