@@ -28,15 +28,8 @@ GAXLK
 ;
 _Entity.Thiol_state 'not present'
 loop_
-_Entity_poly_seq.Num
-_Entity_poly_seq.Mon_ID
-_Entity_poly_seq.Comp_index_ID
-_Entity_poly_seq.Entity_ID
-1 GLY 1 1
-2 ALA 2 1
-3 SEP 3 1
-4 LEU 4 1
-5 LYS 5 1
+_Entity_poly_seq.Num _Entity_poly_seq.Mon_ID _Entity_poly_seq.Comp_index_ID _Entity_poly_seq.Entity_ID
+1 GLY 1 1   2 ALA 2 1   3 SEP 3 1   4 LEU 4 1   5 LYS 5 1
 stop_
 save_
 save_shifts_1
@@ -44,15 +37,9 @@ _Assigned_chem_shift_list.Sf_category assigned_chemical_shifts
 _Assigned_chem_shift_list.ID 1
 _Assigned_chem_shift_list.Sample_condition_list_label $conditions_1
 loop_
-_Atom_chem_shift.ID
-_Atom_chem_shift.Entity_assembly_ID
-_Atom_chem_shift.Comp_index_ID
-_Atom_chem_shift.Comp_ID
-_Atom_chem_shift.Atom_ID
-_Atom_chem_shift.Atom_type
-_Atom_chem_shift.Val
-_Atom_chem_shift.Ambiguity_code
-_Atom_chem_shift.Auth_seq_ID
+_Atom_chem_shift.ID _Atom_chem_shift.Entity_assembly_ID _Atom_chem_shift.Comp_index_ID
+_Atom_chem_shift.Comp_ID _Atom_chem_shift.Atom_ID _Atom_chem_shift.Atom_type _Atom_chem_shift.Val
+_Atom_chem_shift.Ambiguity_code _Atom_chem_shift.Auth_seq_ID
 1 1 2 ALA CA C 52.40 1 102
 2 1 1 GLY HA2 H 3.91 2 101
 3 1 1 GLY HA3 H 4.02 2 101
@@ -83,8 +70,8 @@ TEST(ConvertNmrStar, TakesTheBackboneAndSaysWhatItSkips) {
 }
 
 TEST(ConvertNmrStar, SameResultHoweverItIsWritten) {
-  std::string reordered = replaced(kEntry, "_Atom_chem_shift.ID\n_Atom_chem_shift.Entity_assembly_ID\n",
-                                   "_Atom_chem_shift.Entity_assembly_ID\n_atom_chem_shift.id\n");
+  std::string reordered = replaced(kEntry, "_Atom_chem_shift.ID _Atom_chem_shift.Entity_assembly_ID",
+                                   "_Atom_chem_shift.Entity_assembly_ID\n_atom_chem_shift.id");
   for (int id = 1; id <= 9; ++id) {
     const std::string n = std::to_string(id);
     reordered = replaced(reordered, "\n" + n + " 1 ", "\n1 row" + n + " ");
@@ -213,14 +200,17 @@ TEST(ConvertNmrStar, HintsFollowTheSampleNotTheSolvent) {
            "_Sample_component.Entity_ID\nprotein " +
            protein + " 1\nD2O " + solvent + " .\nstop_\nsave_\n" + kEntry;
   };
-  const std::string deuterated =
-      convertString(sample("'[U-13C; U-15N; U-2H]'", "'natural abundance'")).report();
-  EXPECT_NE(deuterated.find("-iso"), std::string::npos) << deuterated;
-  const std::string plain = convertString(sample("'[U-13C; U-15N]'", "'[U-2H]'")).report();
-  EXPECT_EQ(plain.find("-iso"), std::string::npos) << plain;
-  const std::string noProtons =
-      convertString(replaced(replaced(kEntry, "GLY HA", "GLY HX"), "ALA H ", "ALA HX ")).report();
-  EXPECT_NE(noProtons.find("-noproton"), std::string::npos) << noProtons;
+  const struct {
+    std::string text;
+    bool iso, noProton;
+  } cases[] = {{sample("'[U-13C; U-15N; U-2H]'", "'natural abundance'"), true, false},
+               {sample("'[U-13C; U-15N]'", "'[U-2H]'"), false, false},
+               {replaced(replaced(kEntry, "GLY HA", "GLY HX"), "ALA H ", "ALA HX "), true, true}};
+  for (const auto& c : cases) {
+    const std::string report = convertString(c.text).report();
+    EXPECT_EQ(report.find("-iso") != std::string::npos, c.iso) << report;
+    EXPECT_EQ(report.find("-noproton") != std::string::npos, c.noProton) << report;
+  }
 }
 
 TEST(ConvertNmrStar, Version2) {
@@ -233,26 +223,15 @@ _Mol_residue_sequence
 KVF
 G
 ;
-loop_
-_Residue_seq_code
-_Residue_author_seq_code
-_Residue_label
-1 -1 LYS   2 0 VAL
-3 1 PHE    4 2 GLY
+loop_ _Residue_seq_code _Residue_author_seq_code _Residue_label
+1 -1 LYS   2 0 VAL   3 1 PHE   4 2 GLY
 stop_
 save_
 save_shifts
 _Saveframe_category assigned_chemical_shifts
 _Sample_conditions_label $cond
-loop_
-_Atom_shift_assign_ID
-_Residue_seq_code
-_Residue_label
-_Atom_name
-_Atom_type
-_Chem_shift_value
-_Chem_shift_value_error
-_Chem_shift_ambiguity_code
+loop_ _Atom_shift_assign_ID _Residue_seq_code _Residue_label
+_Atom_name _Atom_type _Chem_shift_value _Chem_shift_value_error _Chem_shift_ambiguity_code
 1 1 LYS HA H 4.1 0.02 1
 2 4 GLY HA3 H 4.3 . 2
 3 3 PHE N N 120.1 @ 1
