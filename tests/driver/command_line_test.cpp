@@ -75,7 +75,7 @@ TEST(Settings, InstallationDirectory) {
   for (const Case& c :
        {Case{"plain", {"-in", "x"}, "./tab"}, Case{"C:\\orbeln", {"-in", "x"}, "C:\\orbeln\\tab"},
         Case{"/a", {"-orbelnDir", "/b"}, "/b/tab"},
-        Case{"/a", {"-orbelnDir", "/b", "-orbelDir", "/c"}, "/c/tab"},
+        Case{"/a", {"-orbelnDir", "/b", "-orbelNDir", "/d", "-orbelDir", "/c"}, "/c/tab"},
         Case{"/a", {"-tabDir", "/d", "-orbelDir", "/c"}, "/d"}}) {
     setenv("ORBELN_DIR", c.variable, 1);
     ORBEL run;
@@ -106,6 +106,7 @@ TEST(Settings, NumbersAndNames) {
   EXPECT_EQ(made({"-ref", "None"})->referenceTitle, "None");
   EXPECT_EQ(made({"-ref", "None"})->referenceStructure, nullptr);
   EXPECT_TRUE(made({"-noproton", "-proton"})->noProton);
+  EXPECT_TRUE(made({"-offset"})->applyOffsets);
   EXPECT_FALSE(made({"-noOxiCysCheck", "-OxiCysCheck"})->noOxiCysCheck);
   EXPECT_FALSE(made({"-noverb", "-verb"})->quiet);
   EXPECT_TRUE(made({"-path", "-nopath"})->hidePaths);

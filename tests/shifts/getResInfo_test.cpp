@@ -126,21 +126,6 @@ TEST(Intake, MismatchesAreCountedPerRow) {
             std::string::npos);
 }
 
-TEST(Intake, RefusesInputWithoutContent) {
-  const std::vector<std::string> rows = {"1 A CA 56"};
-  const auto noSequence = makeShiftRun("", 1, rows);
-  EXPECT_EXIT(noSequence->getResInfo(), testing::ExitedWithCode(255),
-              "A full amino acid sequence is required");
-  const auto noColumns = makeShiftRun("A", 1, rows);
-  noColumns->inputTable.varNames.clear();
-  EXPECT_EXIT(noColumns->getResInfo(), testing::ExitedWithCode(255), "No entry found in the VARS header");
-  const auto noRows = makeShiftRun("A", 1, {});
-  EXPECT_EXIT(noRows->getResInfo(), testing::ExitedWithCode(255),
-              "No chemical shift data found in file input.tab");
-  const auto tooLong = makeShiftRun("A", 1, {"1 A CA 56", "2000000000 A CA 56"});
-  EXPECT_EXIT(tooLong->getResInfo(), testing::ExitedWithCode(255), "too long, check the RESID column");
-}
-
 TEST(Intake, IsotopeTermAndProtonCount) {
   const auto run =
       makeShiftRun("AKA", 1, {"1 A CA 56", "2 K CA 56", "2 K HA 4.1", "2 K HN 8.1", "3 A CA 56"});

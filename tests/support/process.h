@@ -32,5 +32,8 @@ ProgramRun runOrbeln(const std::filesystem::path& cwd, const std::filesystem::pa
 std::string readFile(const std::filesystem::path& file);  ///< empty when it cannot be opened
 void writeFile(const std::filesystem::path& file, const std::string& text);
 std::vector<std::string> split(const std::string& text);  ///< the words of `text`
+inline bool contains(const std::string& text, const std::string& part) {
+  return text.find(part) != std::string::npos;
+}
 
 }  // namespace support
