@@ -49,23 +49,6 @@ TEST(CommandLine, CutsAtEveryHyphen) {
   EXPECT_EQ(run.acceptedOptions.size(), 62U);
 }
 
-TEST(Settings, Defaults) {
-  setenv("ORBELN_DIR", "/opt/orbeln", 1);
-  ORBEL run;
-  configure(run, {"-in", "x.tab"});
-  EXPECT_EQ(run.tabDir, "/opt/orbeln/tab");
-  EXPECT_EQ(run.databaseFile, "/opt/orbeln/tab/orbel.tab");
-  EXPECT_EQ(run.isotopeFile, "/opt/orbeln/tab/isoadj.tab");
-  EXPECT_EQ(run.inputTitle, "x.tab");
-  EXPECT_EQ(run.referenceTitle, "None");
-  EXPECT_EQ(run.predAllFile, "predAll.tab");
-  EXPECT_EQ(run.firstResidOption, -999999);
-  EXPECT_EQ(run.topCount, 10);
-  EXPECT_DOUBLE_EQ(run.s2Cutoff, 0.4);
-  EXPECT_TRUE(run.clipOn && run.quiet && run.hidePaths);
-  EXPECT_FALSE(run.noProton || run.isotopeOn || run.applyOffsets || run.checkOnly || run.noOxiCysCheck);
-}
-
 TEST(Settings, InstallationDirectory) {
   struct Case {
     const char* variable;
@@ -103,7 +86,6 @@ TEST(Settings, NumbersAndNames) {
   EXPECT_EQ(made({"-alignLen", "5", "-len", "8"})->alignLength, 5);
   EXPECT_EQ(made({"-star", "s.str", "-in", "x.tab"})->inputFile, "s.str");
   EXPECT_EQ(made({"-star", "s.str"})->inputTitle, "None");
-  EXPECT_EQ(made({"-ref", "None"})->referenceTitle, "None");
   EXPECT_EQ(made({"-ref", "None"})->referenceStructure, nullptr);
   EXPECT_TRUE(made({"-noproton", "-proton"})->noProton);
   EXPECT_TRUE(made({"-offset"})->applyOffsets);

@@ -5,7 +5,6 @@
 
 #include "driver/ORBEL.h"
 #include "rci/RCI.h"
-#include "rci/rci_tables.h"
 #include "support/process.h"
 
 namespace {
@@ -131,19 +130,7 @@ TEST(RandomCoilIndex, ValueOfOneResidue) {
   EXPECT_EQ(RCI::calcRCI({100, 2, 1, 3, -1, 2}, {}), -1.0);
 }
 
-TEST(RandomCoilIndex, TablesHaveNoSequenceEffectOfGlycine) {
-  for (const auto* table :
-       {&preceed_res_effect, &next_res_effect, &preceed_preceed_res_effect, &next_next_res_effect}) {
-    for (const char code : {'G', 'X'}) {
-      for (const double value : (*table)[AAseqList.find(code)]) EXPECT_EQ(value, 0.0);
-    }
-    for (const auto& row : *table) EXPECT_EQ(row[3], 0.0);  // CB
-    EXPECT_EQ((*table)[AAseqList.find('c')], (*table)[AAseqList.find('C')]);
-    EXPECT_EQ((*table)[AAseqList.find('h')], (*table)[AAseqList.find('H')]);
-  }
-}
-
-TEST(OrderParameterTable, RowsCountsAndUnwritableFile) {
+TEST(OrderParameterTable, RowsAndCounts) {
   const support::TempDir dir;
   ORBEL run;
   const Input input = makeInput(1);
@@ -171,15 +158,6 @@ TEST(OrderParameterTable, RowsCountsAndUnwritableFile) {
   EXPECT_EQ(run.missingCount.at(0), 0);
   EXPECT_EQ(run.missingCount.at(16), 0);
   EXPECT_NEAR(run.rciValue.at(1), 0.784152, 2e-6);
-
-  run.predPrefix = (dir / "absent" / "pred").string();
-  run.rciValue.clear();
-  testing::internal::CaptureStdout();
-  testing::internal::CaptureStderr();
-  run.runS2_Prediction();
-  testing::internal::GetCapturedStdout();
-  EXPECT_EQ(testing::internal::GetCapturedStderr(), "\tCan't open file " + run.predPrefix + "S2.tab !!!\n");
-  EXPECT_EQ(run.rciValue.size(), 15U);
 
   run.rciValue.clear();
   run.annResidueInputs = {{5, std::vector<double>(32, 1.0)}};  // every flag set: undefined

@@ -72,8 +72,7 @@ TEST(FirstPass, RanksByDistanceOverScore) {
   prepare(run, db);
   run.searchPrior[3] = {{10, 0.5}, {11, 0.25}, {13, 0.9}, {14, 0.75}};
   run.secondaryShift[3][5] = 9999.0;  // residue 4, HN
-  CandidateMap matches;
-  CandidateMap sameType;
+  CandidateMap matches, sameType;
   run.searchDB(3, matches, sameType);
 
   // The lowest visited score is 0, so the list stays keyed by score.
@@ -126,8 +125,7 @@ TEST(FirstPass, KeepsTwentyFiveByDistanceOrScore) {
     ORBEL run;
     prepareLadder(run, c.lowest);
     if (c.zeroScore >= 0) run.searchPrior[3][c.zeroScore] = 0.0;
-    CandidateMap matches;
-    CandidateMap sameType;
+    CandidateMap matches, sameType;
     run.searchDB(3, matches, sameType);
     EXPECT_EQ(matches.size(), c.ranked) << c.lowest;
     ASSERT_EQ(run.matchPhi[3].size(), 25U);
@@ -148,8 +146,7 @@ TEST(FirstPass, LowerScoreStaysAmongEqualDistances) {
   for (const std::uint32_t box : {1U, 2U, 3U}) addFragment(db, 'X', box, 0);
   prepare(run, db);
   run.searchPrior[3] = {{1, 0.4}, {2, 0.2}, {3, 0.3}};
-  CandidateMap matches;
-  CandidateMap sameType;
+  CandidateMap matches, sameType;
   run.searchDB(3, matches, sameType);
   EXPECT_EQ(matches, (CandidateMap{{0.0, centreOf(1)}}));
 }
@@ -163,8 +160,7 @@ TEST(FirstPass, EmptyAndTinyDatabasesAndShortShiftTables) {
     prepare(run, db);
     run.searchPrior[3] = {{1, 0.5}};
     run.secondaryShift.resize(2);  // residues 3.. lie outside and cost 1.5 each
-    CandidateMap matches;
-    CandidateMap sameType;
+    CandidateMap matches, sameType;
     run.searchDB(3, matches, sameType);
     ASSERT_EQ(matches.size(), entries == 5 ? 1U : 0U);
     if (entries == 5) {
@@ -205,8 +201,7 @@ TEST(SecondPass, FiltersByPredictedNeighbours) {
 TEST(SecondPass, KeepsConfidentResiduesAndCutsTheOthers) {
   ORBEL run;
   prepareLadder(run, 0.02);
-  CandidateMap matches;
-  CandidateMap sameType;
+  CandidateMap matches, sameType;
   for (int i = 0; i < 40; ++i) matches[0.5 - 0.01 * i] = centreOf(i);
   run.matchPhi[3] = {77.0};
   run.predCount[3] = 10;
@@ -254,8 +249,7 @@ TEST(SearchReport, VerboseLines) {
   prepare(run, db);
   run.quiet = false;
   run.searchPrior[3] = {{10, 0.5}};
-  CandidateMap matches;
-  CandidateMap sameType;
+  CandidateMap matches, sameType;
   testing::internal::CaptureStdout();
   run.searchDB(3, matches, sameType);
   EXPECT_EQ(testing::internal::GetCapturedStdout(),

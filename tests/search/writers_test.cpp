@@ -68,30 +68,6 @@ TEST_F(Writers, SummaryRows) {
   EXPECT_EQ(run.missingCount.size(), 5U);
 }
 
-TEST_F(Writers, SummaryComparedWithAReference) {
-  // Residue 3 far from the prediction of -60, -40: phi = 90, psi = 90.
-  support::writeFile(directory / "ref.pdb",
-                     "ATOM      1  C   LYS A   2       0.000   1.000   0.000  1.00  0.00\n"
-                     "ATOM      2  N   VAL A   3       0.000   0.000   0.000  1.00  0.00\n"
-                     "ATOM      3  CA  VAL A   3       1.500   0.000   0.000  1.00  0.00\n"
-                     "ATOM      4  C   VAL A   3       1.500   0.000   1.500  1.00  0.00\n"
-                     "ATOM      5  N   VAL A   4       1.500   1.500   1.500  1.00  0.00\n");
-  run.referenceStructure = std::make_unique<PDB>((directory / "ref.pdb").string());
-  const auto classOf3 = [this] {
-    run.writeTorsionPredictions();
-    return OutputTable(directory / "pred.tab").text(3, "CLASS");
-  };
-  EXPECT_EQ(classOf3(), "Generous");  // no reference file is named
-  run.referenceFile = (directory / "ref.pdb").string();
-  run.referenceTitle = "crystal";
-  EXPECT_EQ(classOf3(), "Bad");
-  const auto remarks = OutputTable(directory / "pred.tab").remarks;
-  EXPECT_EQ(remarks[2], "  Predictions Compared to PDB Input crystal");
-  EXPECT_EQ(std::count(remarks.begin(), remarks.end(),
-                       "    Bad:  predictions with large deviation to reference PDB."),
-            1);
-}
-
 TEST_F(Writers, ComprehensiveRows) {
   std::vector<search_test::DbResidue> db;
   for (int i = 0; i < 6; ++i) {
