@@ -106,14 +106,4 @@ TEST(LayerKernelActivation, TanhLinearAndUnknown) {
   EXPECT_EQ(y[0].size(), 3U);
 }
 
-TEST(LayerKernelActivation, UnsealedWeightsStillEvaluate) {
-  LayerWeights weights(2, 1);
-  weights.at(0, 0) = 1.5F;
-  weights.at(1, 0) = -4.0F;
-  const std::vector<std::vector<double>> x{{2.0}};
-  std::vector<std::vector<double>> y(1);
-  evaluateLayer(weights, {0.0, 0.5}, x, y, kLinear);
-  EXPECT_EQ(y[0], (std::vector<double>{3.0, -7.5}));
-}
-
 }  // namespace

@@ -167,17 +167,22 @@ TEST_F(Prediction, GapsInTheShifts) {
 }
 
 TEST_F(Prediction, ComparisonWithAReferenceStructure) {
-  // Residues 5 to 13: residue 6 is extended (psi 138, off by 180), the others agree; leucine 12 has chi1 -65.
-  std::vector<support::Torsions> torsions(9, {-63, -42, 180});
-  torsions[1].psi = 138;
-  torsions[7].chi1 = -65;
-  support::writeFile(dir / "reference.pdb", support::peptidePdb(5, torsions));
+  // Residue 6 has phi and psi 90, leucine 12 has chi1 90; other torsions are unknown.
+  std::string pdb;
+  for (const char* atom :
+       {"C   ALA A   5       0.000   1.000   0.000", "N   ALA A   6       0.000   0.000   0.000",
+        "CA  ALA A   6       1.500   0.000   0.000", "C   ALA A   6       1.500   0.000   1.500",
+        "N   ALA A   7       1.500   1.500   1.500", "N   LEU A  12       0.000   1.000   0.000",
+        "CA  LEU A  12       0.000   0.000   0.000", "CB  LEU A  12       1.500   0.000   0.000",
+        "CG  LEU A  12       1.500   0.000   1.500"})
+    pdb += std::string("ATOM      1  ") + atom + "  1.00 10.00\n";
+  support::writeFile(dir / "reference.pdb", pdb);
   run({"-ref", "reference.pdb", "-refTitle", "made up"});
   const OutputTable pred(dir / "pred.tab"), chi1(dir / "predChi1.tab");
   EXPECT_EQ(pred.text(5, "CLASS") + pred.text(6, "CLASS") + pred.text(7, "CLASS"), "StrongBadStrong");
   EXPECT_EQ(
       std::count(pred.remarks.begin(), pred.remarks.end(), "  Predictions Compared to PDB Input made up"), 1);
-  EXPECT_NEAR(chi1.number(12, "CHI1_OBS"), -65.0, 0.2);
+  EXPECT_EQ(chi1.number(12, "CHI1_OBS"), 90.0);
   EXPECT_EQ(chi1.number(22, "CHI1_OBS"), 9999.0);
 }
 

@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include "search/candidates.h"
 #include "search/search_fixture.h"
 
 namespace {
@@ -40,23 +39,6 @@ constexpr int centreOf(int fragment) {
 void prepare(ORBEL& run, const std::vector<DbResidue>& db, const std::string& codes = "LLXLL") {
   search_test::setQuery(run, codes);
   installDatabase(run, db);
-}
-
-TEST(Candidates, TrimAndCutOnlyLongerLists) {
-  const CandidateMap three = {{-1.0, 7}, {0.5, 8}, {2.0, 9}};
-  CandidateMap list = three;
-  double threshold = -999.0;
-  trimToHighest(list, 3, threshold);
-  EXPECT_EQ(list, three);
-  EXPECT_EQ(threshold, -999.0);
-  trimToHighest(list, 2, threshold);
-  EXPECT_EQ(list, (CandidateMap{{0.5, 8}, {2.0, 9}}));
-  EXPECT_EQ(threshold, 0.5);
-  EXPECT_EQ(cutToSmallest(three, 3, 4), three);
-  EXPECT_EQ(cutToSmallest(three, 1, 2), (CandidateMap{{-1.0, 7}, {0.5, 8}}));
-  EXPECT_EQ(cutToHighest(three, 1, 2), (CandidateMap{{0.5, 8}, {2.0, 9}}));
-  EXPECT_EQ(keyFromTop(three, 2), 0.5);
-  EXPECT_EQ(keyFromTop(three, 4), -1.0);
 }
 
 TEST(FirstPass, RanksByDistanceOverScore) {

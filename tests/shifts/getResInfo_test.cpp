@@ -126,20 +126,6 @@ TEST(Intake, MismatchesAreCountedPerRow) {
             std::string::npos);
 }
 
-TEST(Intake, IsotopeTermAndProtonCount) {
-  const auto run =
-      makeShiftRun("AKA", 1, {"1 A CA 56", "2 K CA 56", "2 K HA 4.1", "2 K HN 8.1", "3 A CA 56"});
-  run->isotopeOn = true;
-  run->noProton = true;
-  run->isotopeShift["K"] = {{"CA", -0.5}, {"CB", -0.7}};
-  intake(*run);
-  EXPECT_DOUBLE_EQ(secondary(*run, 2, 4), 56 - (56 + 0.5 - 0.5));
-  EXPECT_DOUBLE_EQ(secondary(*run, 2, 2), 4.1 - 4.0);  // kept, but counted as missing
-  EXPECT_EQ(run->missingCount.at(2), 5);
-  EXPECT_EQ(run->adjustedShiftTable.remarks.back(),
-            " Deuterium Isotope Shifts Correction Applied for 13Ca and 13Cb Nuclei");
-}
-
 /// CA = 2 + 0.6 d and CB = CA - d with alternating +-0.02 on CA: 2 ppm off before the set corrections.
 std::vector<std::string> offsetProtein(int residues) {
   std::vector<std::string> rows;

@@ -121,15 +121,6 @@ TEST(TripletAverage, FarLibraryGivesZeros) {
   EXPECT_EQ(averaged.size(), 6U);
 }
 
-TEST(TripletAverage, ExcludedSourcesMatchNothing) {
-  const auto run = makeTripletRun({1.5, 0.5});
-  TripletLibrary reduced = *run->tripletLibrary;
-  excludeSources(reduced, "1ABC,ODD");
-  EXPECT_DOUBLE_EQ(reduced.values[9][1], 99.0);
-  EXPECT_DOUBLE_EQ(reduced.values[9][0], 1.5);
-  EXPECT_DOUBLE_EQ(reduced.centre[3][1], 0.5);
-}
-
 TEST(TripletAverage, EdgesAndSparseSurroundingsGetNone) {
   const auto run = makeTripletRun({1.5});
   std::map<std::string, double> averaged;

@@ -44,10 +44,4 @@ struct Query {
 /// HN -0.2.
 Query helixQuery(int firstResid = 1);
 
-struct Torsions {
-  double phi, psi, chi1;  ///< degrees
-};
-/// Backbone, CB and CG of a chain of leucines numbered from `firstResid`, as PDB records.
-std::string peptidePdb(int firstResid, const std::vector<Torsions>& residues);
-
 }  // namespace support
