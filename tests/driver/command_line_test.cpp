@@ -36,8 +36,7 @@ TEST(CommandLine, CutsAtEveryHyphen) {
       {{"-inTitle", "  two   words ", "-verb"}, {{"inTitle", "two words"}, {"verb", "verb"}}, ""},
       {{"stray", "-check", "no"}, {{"check", "true"}}, ""},
       {{"-nodetail"}, {{"nodetail", "true"}}, " Invaid arg name -nodetail\n"},
-      {{"--in", "x"}, {{"in", "x"}}, ""},
-  };
+      {{"--in", "x"}, {{"in", "x"}}, ""}};
   for (const Case& c : cases) {
     testing::internal::CaptureStderr();
     const CommandLine line = parse(run, c.words);
@@ -73,32 +72,15 @@ TEST(Settings, NumbersAndNames) {
     configure(*run, words);
     return run;
   };
-  EXPECT_EQ(made({"-sum", "result"})->predAllFile, "resultAll.tab");
-  EXPECT_EQ(made({"-out", "run.1.tab"})->predAllFile, "run.1All.tab");
-  EXPECT_EQ(made({"-out", "a.tab", "-sum", "b.tab"})->predPrefix, "b");
   EXPECT_NEAR(made({"-s2Thresh", "0.7"})->s2Cutoff, 0.3, 1e-12);
   EXPECT_DOUBLE_EQ(made({"-s2Thresh", "2"})->s2Cutoff, 0.4);
   EXPECT_DOUBLE_EQ(made({"-s2Thresh", "nan"})->s2Cutoff, 0.4);
-  EXPECT_EQ(made({"-count", "0"})->topCount, 10);
-  EXPECT_EQ(made({"-count", "x"})->topCount, 10);
   EXPECT_DOUBLE_EQ(made({"-thresh", "0"})->seqSSThreshold, 200.0);
-  EXPECT_EQ(made({"-first", "12", "-last", "20"})->lastResidOption, 20);
-  EXPECT_EQ(made({"-alignLen", "5", "-len", "8"})->alignLength, 5);
   EXPECT_EQ(made({"-star", "s.str", "-in", "x.tab"})->inputFile, "s.str");
   EXPECT_EQ(made({"-star", "s.str"})->inputTitle, "None");
   EXPECT_EQ(made({"-ref", "None"})->referenceStructure, nullptr);
-  EXPECT_TRUE(made({"-noproton", "-proton"})->noProton);
   EXPECT_TRUE(made({"-offset"})->applyOffsets);
   EXPECT_FALSE(made({"-noOxiCysCheck", "-OxiCysCheck"})->noOxiCysCheck);
-  EXPECT_FALSE(made({"-noverb", "-verb"})->quiet);
-  EXPECT_TRUE(made({"-path", "-nopath"})->hidePaths);
-}
-
-TEST(Settings, Refusals) {
-  ORBEL run;
-  EXPECT_EXIT(run.setArgs({{"help", ""}}), testing::ExitedWithCode(255), "Input Options:");
-  EXPECT_EXIT(run.setArgs({{"alignLen", "9"}}), testing::ExitedWithCode(255), "Invalid fragment length 9");
-  EXPECT_EXIT(run.setArgs({{"len", "4"}}), testing::ExitedWithCode(255), "5 to 8 residues are supported");
 }
 
 TEST(NumberText, Conversions) {

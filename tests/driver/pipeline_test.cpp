@@ -6,7 +6,6 @@
 #include "driver/ORBEL.h"
 #include "driver/maps.h"
 #include "support/process.h"
-#include "support/tables.h"
 
 namespace {
 
@@ -79,18 +78,6 @@ TEST(SourceIndex, EntersEverySourceAlsoTheLast) {
       EXPECT_EQ(run.sourceEnd.at(i), c.ranges[static_cast<std::size_t>(i - 1)].second);
     }
   }
-}
-
-TEST(ReferenceTables, LookUpsAndDefaults) {
-  ORBEL run;
-  run.randomCoilTable = support::makeTable("RESNAME CA", "%s %f", {"A 52.5", "A 1"});
-  run.rcAdjTable = support::makeTable("RESNAME CA", "%s %f", {"A 0.5"});
-  EXPECT_DOUBLE_EQ(run.getRC("A", "CA"), 52.5);
-  EXPECT_DOUBLE_EQ(run.getRC("A", "CB"), 0.0);
-  EXPECT_DOUBLE_EQ(run.getRC("Z", "CA"), 9999.0);
-  EXPECT_DOUBLE_EQ(run.getRCadj("Z", "CA"), 0.0);
-  EXPECT_DOUBLE_EQ(run.getPrevRCadj("", "CA"), 0.0);
-  EXPECT_DOUBLE_EQ(run.getWeight("R1", "W"), 9999.0);
 }
 
 }  // namespace

@@ -33,7 +33,7 @@ const std::vector<Residue> kData{
     {12, {-0.09, -0.55, 0, -0.08, 0.39, 0.22}, {0, 0, 0, 0, 0, 0}, {8.56, 118.1, 4.79, 175.05, 55.32, 29.05}},
     {13, {0.01, 0.18, -0.01, -0.13, -0.05, 0.04}, {0, 0, 1, 0, 0, 0}, {8.57, 119.07, 4.82, 175.9, 52.94, 38.32}},
     {14, {0.01, -0.09, 0.01, 0.14, -0.03, 0}, {0, 0, 1, 1, 0, 1}, {8.23, 122.1, 4.7, 177.11, 57.57, 29.8}},
-    {15, {-0.1, 0.07, -0.13, -1.07, -0.32, 0.08}, {0, 1, 0, 0, 0, 0}, {8.26, 112.25, 4.39, 175.13, 61.78, 70.05}},
+    {15, {-0.1, 0.07, -0.13, -1.07, -0.32, 0.08}, {0, 1, 0, 0, 0, 0}, {8.26, 112.25, 4.39, 175.13, 61.78, 70.05}}
 };
 // clang-format on
 const std::string kSequence = "MASGPKLcIVEph?DWTQF";
@@ -81,30 +81,21 @@ void expectNear(const std::vector<double>& actual, const std::vector<double>& ex
 
 /// The N-terminal correction depends on the numbering: whole, one residue, none, and from residue 1 on.
 TEST(RandomCoilIndex, ChainsByTheirFirstResidueNumber) {
-  const std::map<int, std::vector<double>> expected{
-      {1,
-       {0.784152, 0.768571, 0.706651, 0.626973, 0.504975, 0.461438, 0.301678, 0.222622, 0.126604, 0.000007,
-        0.000008, 0.268236, 0.440047, 0.574259, 0.589949}},
-      {3,
-       {0.193813, 0.241337, 0.393550, 0.494683, 0.504975, 0.461438, 0.301678, 0.222622, 0.126604, 0.000007,
-        0.000008, 0.268236, 0.440047, 0.574259, 0.589949}},
-      {5,
-       {0.141350, 0.211117, 0.393550, 0.494683, 0.504975, 0.461438, 0.301678, 0.222622, 0.126604, 0.000007,
-        0.000008, 0.268236, 0.440047, 0.574259, 0.589949}},
-      {-2,
-       {0.141350, 0.211117, 0.393550, 0.494683, 0.504975, 0.461438, 0.301678, 0.222622, 0.126604, 0.000007,
-        0.000008, 0.268236, 0.440047, 0.574259, 0.589949}},
-  };
-  for (const auto& [first, values] : expected)
+  const std::map<int, std::vector<double>> expected{{1, {0.784152, 0.768571, 0.706651, 0.626973}},
+                                                    {3, {0.193813, 0.241337, 0.393550, 0.494683}},
+                                                    {5, {0.141350, 0.211117, 0.393550, 0.494683}},
+                                                    {-2, {0.141350, 0.211117, 0.393550, 0.494683}}};
+  const std::vector<double> rest{0.504975, 0.461438, 0.301678, 0.222622, 0.126604, 0.000007,
+                                 0.000008, 0.268236, 0.440047, 0.574259, 0.589949};
+  for (auto [first, values] : expected) {
+    values.insert(values.end(), rest.begin(), rest.end());
     expectNear(flexibility(makeInput(first)), values, std::to_string(first));
+  }
 }
 
 TEST(RandomCoilIndex, ChainsOfFewerThanFourResidues) {
   const std::vector<std::vector<double>> expected{
-      {0.108555},
-      {0.112290, 0.112290},
-      {0.418970, 0.444887, 0.465268},
-  };
+      {0.108555}, {0.112290, 0.112290}, {0.418970, 0.444887, 0.465268}};
   for (int n = 1; n <= 3; ++n)
     expectNear(flexibility(makeInput(1, n)), expected[static_cast<std::size_t>(n - 1)], std::to_string(n));
   EXPECT_TRUE(flexibility({}).empty());

@@ -87,8 +87,7 @@ TEST_F(Chi1Table, RowsClassesAndAngles) {
       {8, "S 18 0.000 0.000 0.000 na 9999.0 9999.0"},   // all weights 0
       {9, "? 18 0.333 0.333 0.333 na 9999.0 9999.0"},   // never searched
       {10, "X 18 0.000 0.000 0.000 na 9999.0 9999.0"},  // not in chi1.tab
-      {11, "K 18 0.600 0.400 0.000 na 9999.0 9999.0"},
-  };
+      {11, "K 18 0.600 0.400 0.000 na 9999.0 9999.0"}};
   for (const auto& [resid, row] : rows) EXPECT_EQ(rowText(table, resid), row) << resid;
   EXPECT_EQ(run.sameTypeChi1.size(), 2U);
 }

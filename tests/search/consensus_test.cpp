@@ -18,8 +18,7 @@ TEST(CompletenessGate, AllowancesAndNeighbours) {
       {"LLL", {3, 3, 3}, false, true},  {"LLL", {4, 3, 3}, false, true},  {"LLL", {3, 4, 3}, false, true},
       {"LLL", {4, 3, 4}, false, false}, {"LLL", {6, 6, 0}, false, false}, {"PLP", {4, 4, 4}, false, true},
       {"PLP", {5, 0, 5}, false, false}, {"GGL", {4, 4, 0}, false, false}, {"GGL", {4, 4, 0}, true, true},
-      {"GGL", {5, 5, 0}, true, false},  {"GLL", {4, 3, 4}, true, true},   {"LPL", {4, 4, 3}, true, true},
-  };
+      {"GGL", {5, 5, 0}, true, false},  {"GLL", {4, 3, 4}, true, true},   {"LPL", {4, 4, 3}, true, true}};
   for (const auto& c : cases) {
     ORBEL run;
     run.shiftFirstResid = 9;
@@ -98,8 +97,7 @@ TEST(Consensus, ClustersTiesAndMatchesNearby) {
        {-120, -75, -60, -90},
        {120, 99, -40, 110},
        {1, 0, 0, 1},
-       {-120, -90}},
-  };
+       {-120, -90}}};
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
     Values phi = c.phi, psi = c.psi, flags;

@@ -49,16 +49,14 @@ TEST(Intake, GlycineAlphaProton) {
     double expected;  ///< secondary shift, coil 4
     int missing;      ///< of the glycine, whose CB and other atoms are absent
   };
-  const std::vector<Case> cases = {
-      {{"2 G HA2 3.9", "2 G HA3 4.3"}, false, 0.1, 5},
-      {{"2 G HA3 4.1"}, false, 0.1, 5},
-      {{"2 G HA2 3.9"}, false, -0.1, 5},
-      {{"2 G HA 5.0"}, false, 9999 - 4.0, 6},
-      {{"2 G HA2 999", "2 G HA3 4.1"}, false, 0.1, 5},
-      {{"2 G HA2 3.9", "2 G HA3 999"}, false, -0.1, 5},
-      {{"2 G HA2 3.9"}, true, -0.1, 6},
-      {{"2 G HA2 9999"}, false, 9999 - 4.0, 6},
-  };
+  const std::vector<Case> cases = {{{"2 G HA2 3.9", "2 G HA3 4.3"}, false, 0.1, 5},
+                                   {{"2 G HA3 4.1"}, false, 0.1, 5},
+                                   {{"2 G HA2 3.9"}, false, -0.1, 5},
+                                   {{"2 G HA 5.0"}, false, 9999 - 4.0, 6},
+                                   {{"2 G HA2 999", "2 G HA3 4.1"}, false, 0.1, 5},
+                                   {{"2 G HA2 3.9", "2 G HA3 999"}, false, -0.1, 5},
+                                   {{"2 G HA2 3.9"}, true, -0.1, 6},
+                                   {{"2 G HA2 9999"}, false, 9999 - 4.0, 6}};
   for (const Case& c : cases) {
     auto rows = c.rows;
     rows.emplace_back("3 A CA 56");

@@ -92,8 +92,7 @@ TEST_F(GDB2Test, ReportsErrorsAndGoesOn) {
        "GDB init error:: FORMAT and VARS lines contain different number of columns.",
        "\tFormat Error: FORMAT and VARS lines contain different number of columns"},
       {"VARS A B\nFORMAT %f %e \n1 2\n", "GDB init error:: Bad FORMAT syntax '%e '\n",
-       "\tFormat Error: Invalid FORMAT line \" %f %e \"\n\t              Bad FORMAT syntax '%e '\n"},
-  };
+       "\tFormat Error: Invalid FORMAT line \" %f %e \"\n\t              Bad FORMAT syntax '%e '\n"}};
   for (const auto& c : cases) {
     const std::string input = file(c.content);
     std::string recorded;

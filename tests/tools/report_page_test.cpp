@@ -207,8 +207,7 @@ TEST_F(ReportProgram, FaultyTablesAreNamed) {
       {"predABP.tab", "Q_17 ", "Q_a ", "predABP.tab: no column Q_17"},
       {"predAll.tab", "   2    3", "   2   33",
        "predAll.tab:7: a residue that the summary table does not have"},
-      {"predAdjCS.tab", "0.512", "0,512", "predAdjCS.tab:6: SHIFT is '0,512'"},
-  };
+      {"predAdjCS.tab", "0.512", "0,512", "predAdjCS.tab:6: SHIFT is '0,512'"}};
   for (const Case& c : cases) {
     SCOPED_TRACE(c.message);
     const std::string good = support::readFile(dir / c.file);

@@ -85,22 +85,14 @@ std::vector<ReadBack> readBack(const std::string& text, const Layout& l,
   return found;
 }
 
-/// One residue's atom names in a structure with hydrogens.
-std::vector<std::string> atomsOf(char code) {
-  std::vector<std::string> atoms = {"N", "H", "CA", "HA"};
-  if (code != 'G') atoms.push_back("CB");
-  if (code == 'V') atoms.insert(atoms.end(), {"CG1", "CG2"});
-  if (code == 'T') atoms.insert(atoms.end(), {"OG1", "CG2"});
-  if (code == 'L') atoms.insert(atoms.end(), {"CG", "CD1", "CD2"});
-  atoms.insert(atoms.end(), {"C", "O"});
-  return atoms;
-}
-
-std::string longName(char code) {
-  const std::map<char, std::string> names = {{'G', "GLY"}, {'A', "ALA"}, {'V', "VAL"},
-                                             {'T', "THR"}, {'L', "LEU"}, {'H', "HIE"}};
-  return names.at(code);
-}
+/// Three-letter name and atom names of a residue in a structure with hydrogens.
+const std::map<char, std::pair<const char*, const char*>> kResidues = {
+    {'G', {"GLY", "N H CA HA C O"}},
+    {'A', {"ALA", "N H CA HA CB C O"}},
+    {'V', {"VAL", "N H CA HA CB CG1 CG2 C O"}},
+    {'T', {"THR", "N H CA HA CB OG1 CG2 C O"}},
+    {'L', {"LEU", "N H CA HA CB CG CD1 CD2 C O"}},
+    {'H', {"HIE", "N H CA HA CB C O"}}};
 
 struct Structure {
   std::string pdb, gro;
@@ -113,14 +105,13 @@ Structure makeStructure(const std::string& sequence, int firstResid, char chain 
   std::string rows;
   for (std::size_t i = 0; i < sequence.size(); ++i) {
     const int resid = firstResid + static_cast<int>(i);
-    for (const std::string& atom : atomsOf(sequence[i])) {
+    const auto& [name, atoms] = kResidues.at(sequence[i]);
+    for (const std::string& atom : support::split(atoms)) {
       s.names.push_back(std::to_string(resid) + ":" + atom);
       const int number = static_cast<int>(s.names.size());
-      s.pdb +=
-          tool_tables::line("ATOM  %5d  %-3s %3s %c%4d    %8.3f%8.3f%8.3f  1.00  0.00\n", 500 + 2 * number,
-                            atom.c_str(), longName(sequence[i]).c_str(), chain, resid, 1.0, 2.0, 3.0);
-      rows += tool_tables::line("%5d%-5s%5s%5d%8.3f%8.3f%8.3f\n", resid, longName(sequence[i]).c_str(),
-                                atom.c_str(), number, 0.1, 0.2, 0.3);
+      s.pdb += tool_tables::line("ATOM  %5d  %-3s %3s %c%4d       1.000   2.000   3.000  1.00  0.00\n",
+                                 500 + 2 * number, atom.c_str(), name, chain, resid);
+      rows += tool_tables::line("%5d%-5s%5s%5d   0.100   0.200   0.300\n", resid, name, atom.c_str(), number);
     }
   }
   s.gro = "title\n" + std::to_string(s.names.size()) + "\n" + rows + "   1.0   1.0   1.0\n";
@@ -148,15 +139,14 @@ struct Expected {
   double centre, halfWidth;
 };
 const std::vector<Expected> kExpected = {
-    {"4:C 5:N 5:CA 5:C", "5 PHI", -95.0, 20},     {"5:N 5:CA 5:C 6:N", "5 PSI", 128.3, 24},
-    {"5:C 6:N 6:CA 6:C", "6 PHI", 175, 20},       {"6:N 6:CA 6:C 7:N", "6 PSI", -175, 23},
-    {"6:N 6:CA 6:CB 6:CG", "6 CHI1", -65.4, 30},  {"6:C 7:N 7:CA 7:C", "7 PHI", 180, 20},
-    {"7:N 7:CA 7:C 8:N", "7 PSI", 180, 20},       {"7:N 7:CA 7:CB 7:CG1", "7 CHI1", -175, 40},
-    {"7:C 8:N 8:CA 8:C", "8 PHI", 180, 90},       {"8:N 8:CA 8:C 9:N", "8 PSI", 180, 120},
-    {"8:N 8:CA 8:CB 8:OG1", "8 CHI1", -178, 30},  {"8:C 9:N 9:CA 9:C", "9 PHI", 0, 20},
-    {"9:N 9:CA 9:C 10:N", "9 PSI", 0, 20},        {"9:C 10:N 10:CA 10:C", "10 PHI", 57.3, 60},
-    {"10:N 10:CA 10:C 11:N", "10 PSI", 44.9, 34},
-};
+    {"4:C 5:N 5:CA 5:C", "5 PHI", -95.0, 20},    {"5:N 5:CA 5:C 6:N", "5 PSI", 128.3, 24},
+    {"5:C 6:N 6:CA 6:C", "6 PHI", 175, 20},      {"6:N 6:CA 6:C 7:N", "6 PSI", -175, 23},
+    {"6:N 6:CA 6:CB 6:CG", "6 CHI1", -65.4, 30}, {"6:C 7:N 7:CA 7:C", "7 PHI", 180, 20},
+    {"7:N 7:CA 7:C 8:N", "7 PSI", 180, 20},      {"7:N 7:CA 7:CB 7:CG1", "7 CHI1", -175, 40},
+    {"7:C 8:N 8:CA 8:C", "8 PHI", 180, 90},      {"8:N 8:CA 8:C 9:N", "8 PSI", 180, 120},
+    {"8:N 8:CA 8:CB 8:OG1", "8 CHI1", -178, 30}, {"8:C 9:N 9:CA 9:C", "9 PHI", 0, 20},
+    {"9:N 9:CA 9:C 10:N", "9 PSI", 0, 20},       {"9:C 10:N 10:CA 10:C", "10 PHI", 57.3, 60},
+    {"10:N 10:CA 10:C 11:N", "10 PSI", 44.9, 34}};
 
 class RestraintFormats : public testing::Test {
  protected:
@@ -240,8 +230,7 @@ TEST_F(RestraintFormats, UnfitCoordinateFilesAreRefused) {
       {"other residue type", otherType, "belongs to MET, the prediction has LEU"},
       {"no structure", "hello\nworld\n", "neither a PDB file"},
       {"cut .gro", structure.gro.substr(0, structure.gro.size() / 2), "neither a PDB file"},
-      {"broken number", "ATOM      1  N   GLY A  xx      1.0     2.0     3.0\n", ":1: an atom record"},
-  };
+      {"broken number", "ATOM      1  N   GLY A  xx      1.0     2.0     3.0\n", ":1: an atom record"}};
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
     support::writeFile(dir / "bad", c.content);

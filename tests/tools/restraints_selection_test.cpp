@@ -192,8 +192,7 @@ TEST_F(RestraintProgram, FaultsAreNamed) {
       {"odd number", good, {"--format", "xplor", "--factor", "2x"}, 2, "--factor needs a number"},
       {"class None", good, {"--format", "xplor", "--classes", "None"}, 2, "None has no angles"},
       {"no structure", good, {"--format", "amber"}, 2, "--coordinates"},
-      {"flag with value", good, {"--format", "xplor", "--wrap=1"}, 2, "takes no value"},
-  };
+      {"flag with value", good, {"--format", "xplor", "--wrap=1"}, 2, "takes no value"}};
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
     EXPECT_EQ(run(c.content, "out", c.options), c.status);
