@@ -3,6 +3,7 @@
 
 #include "ann/box_prior.h"
 #include "driver/ORBEL.h"
+#include "support/capture.h"
 #include "support/output_table.h"
 #include "support/process.h"
 #include "support/tables.h"
@@ -33,15 +34,11 @@ class NetworkStages : public testing::Test {
   }
   void prepareInputs() {
     run.annResidueInputs.clear();
-    testing::internal::CaptureStdout();
-    run.prepareResidueInputs();
-    testing::internal::GetCapturedStdout();
+    support::captured([&] { run.prepareResidueInputs(); });
   }
   /// Box 96 of each row: 0.880 full network, 0.900 hybrid, 0.000 none.
   std::map<int, std::string> helixBox() {
-    testing::internal::CaptureStdout();
-    run.runABP_Prediction();
-    output = testing::internal::GetCapturedStdout();
+    output = support::captured([&] { run.runABP_Prediction(); }).out;
     std::map<int, std::string> boxes;
     const OutputTable table(dir / "predABP.tab");
     for (const int r : table.residues()) boxes[r] = table.text(r, "Q_96");

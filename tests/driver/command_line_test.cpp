@@ -6,6 +6,7 @@
 #include "driver/ORBEL.h"
 #include "driver/command_line.h"
 #include "driver/maps.h"
+#include "support/capture.h"
 
 namespace {
 
@@ -17,9 +18,7 @@ CommandLine parse(const ORBEL& run, std::vector<std::string> words) {
 }
 
 void configure(ORBEL& run, const std::vector<std::string>& words) {
-  testing::internal::CaptureStderr();
-  run.setArgs(parse(run, words).options);
-  testing::internal::GetCapturedStderr();
+  support::captured([&] { run.setArgs(parse(run, words).options); });
 }
 
 TEST(CommandLine, CutsAtEveryHyphen) {
@@ -38,9 +37,8 @@ TEST(CommandLine, CutsAtEveryHyphen) {
       {{"-nodetail"}, {{"nodetail", "true"}}, " Invaid arg name -nodetail\n"},
       {{"--in", "x"}, {{"in", "x"}}, ""}};
   for (const Case& c : cases) {
-    testing::internal::CaptureStderr();
-    const CommandLine line = parse(run, c.words);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), c.warning);
+    CommandLine line;
+    EXPECT_EQ(support::captured([&] { line = parse(run, c.words); }).err, c.warning);
     EXPECT_EQ(line.options, c.expected) << c.words[0];
     EXPECT_FALSE(line.sequenceOnly);
   }

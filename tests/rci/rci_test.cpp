@@ -5,6 +5,7 @@
 
 #include "driver/ORBEL.h"
 #include "rci/RCI.h"
+#include "support/capture.h"
 #include "support/process.h"
 
 namespace {
@@ -132,9 +133,7 @@ TEST(OrderParameterTable, RowsAndCounts) {
   run.inputTitle = "test";
   run.missingCount = {{1, 0}, {2, 4}, {3, 1}, {15, 2}};
   run.predPrefix = (dir / "pred").string();
-  testing::internal::CaptureStdout();
-  run.runS2_Prediction();
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), "RCI prediction ...\n");
+  EXPECT_EQ(support::captured([&] { run.runS2_Prediction(); }).out, "RCI prediction ...\n");
   const std::string text = readFile(dir / "predS2.tab");
   EXPECT_EQ(
       text.rfind("REMARK  Predicted order parameter (S2) from backbone chemical shifts for test\nREMARK", 0),
@@ -153,9 +152,7 @@ TEST(OrderParameterTable, RowsAndCounts) {
   run.rciValue.clear();
   run.annResidueInputs = {{5, std::vector<double>(32, 1.0)}};  // every flag set: undefined
   run.predPrefix = (dir / "none").string();
-  testing::internal::CaptureStdout();
-  run.runS2_Prediction();
-  testing::internal::GetCapturedStdout();
+  support::captured([&] { run.runS2_Prediction(); });
   EXPECT_NE(readFile(dir / "noneS2.tab").find("    5 L  6 18 9999.000\n"), std::string::npos);
 }
 

@@ -6,6 +6,7 @@
 #include <sstream>
 
 #include "search/search_fixture.h"
+#include "support/capture.h"
 #include "support/output_table.h"
 #include "support/process.h"
 #include "support/tables.h"
@@ -49,9 +50,8 @@ TEST_F(Writers, SummaryRows) {
   run.sequenceCopy[2] = "KK";
   run.missingCount[4] = 5;
   run.matchDistance[3][0] = std::numeric_limits<double>::infinity();  // no cell is inf
-  testing::internal::CaptureStdout();
-  run.writeTorsionPredictions();
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), "Summarizing Phi/Psi Predictions ...\n");
+  EXPECT_EQ(support::captured([&] { run.writeTorsionPredictions(); }).out,
+            "Summarizing Phi/Psi Predictions ...\n");
   EXPECT_EQ(tail(directory / "pred.tab", 8),
             (Lines{"VARS   RESID RESNAME PHI PSI DPHI DPSI DIST S2 COUNT CS_COUNT CLASS ",
                    "FORMAT %4d %s %8.3f %8.3f %8.3f %8.3f %8.3f %5.3f %2d %2d %s", "",

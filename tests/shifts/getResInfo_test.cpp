@@ -2,23 +2,15 @@
 #include <gtest/gtest.h>
 
 #include "shifts/shift_fixture.h"
+#include "support/capture.h"
 
 namespace {
 
 using support::makeShiftRun;
 using support::secondary;
-using testing::internal::CaptureStderr;
-using testing::internal::CaptureStdout;
-using testing::internal::GetCapturedStderr;
-using testing::internal::GetCapturedStdout;
-
-/// Runs the intake silently; returns what went to standard error.
-std::string intake(ORBEL& run) {
-  CaptureStdout();
-  CaptureStderr();
-  run.getResInfo();
-  GetCapturedStdout();
-  return GetCapturedStderr();
+/// Runs the intake; returns what it printed.
+support::Captured intake(ORBEL& run) {
+  return support::captured([&] { run.getResInfo(); });
 }
 
 TEST(Intake, SecondaryShiftIsObservedMinusCoilAndNeighbours) {
@@ -114,13 +106,13 @@ TEST(Intake, RangeIsNarrowedToResiduesWithShifts) {
 TEST(Intake, MismatchesAreCountedPerRow) {
   const auto run =
       makeShiftRun("AAA", 1, {"1 ALA CA 56", "2 LYS CA 56", "2 K N 120", "2 K HN 8", "2 K C 176"});
-  const std::string four = intake(*run);
+  const std::string four = intake(*run).err;
   EXPECT_NE(four.find("WARNING: Residue Type Mismatch: Residue 2 SEQUENCE: A Chemical Shift Table: LYS.\n"),
             std::string::npos);
   EXPECT_EQ(four.find("Too Many"), std::string::npos);
   const auto five =
       makeShiftRun("AAA", 1, {"1 A CA 56", "2 K CA 56", "2 K N 120", "2 K HN 8", "2 K C 176", "9 A C 176"});
-  EXPECT_NE(intake(*five).find("Format Errors: Too Many Sequence Mismatches: 5, 5 Max.\n"),
+  EXPECT_NE(intake(*five).err.find("Format Errors: Too Many Sequence Mismatches: 5, 5 Max.\n"),
             std::string::npos);
 }
 
@@ -140,11 +132,7 @@ TEST(Referencing, OffsetIsEstimatedReportedAndSubtractedOnRequest) {
   for (const bool apply : {false, true}) {
     const auto run = makeShiftRun(std::string(40, 'A'), 1, offsetProtein(40));
     run->applyOffsets = apply;
-    CaptureStdout();
-    CaptureStderr();
-    run->getResInfo();
-    const std::string out = GetCapturedStdout();
-    const std::string err = GetCapturedStderr();
+    const auto [out, err] = intake(*run);
     // Both lines pass 2.0 within the noise: (2 - 0.094 + 2 - 0.459) / 2 = 1.7235.
     const double offset = run->referencingOffset.at("CA");
     EXPECT_NEAR(offset, 1.7235, 0.01);
@@ -171,23 +159,19 @@ TEST(Referencing, SmallOrOneSidedSets) {
   EXPECT_TRUE(eleven->referencingOffset.contains("CA"));
   rows.resize(20);
   const auto ten = makeShiftRun(std::string(12, 'A'), 1, rows);
-  EXPECT_EQ(intake(*ten).find("No enough CA"), std::string::npos);
+  EXPECT_EQ(intake(*ten).err.find("No enough CA"), std::string::npos);
   EXPECT_FALSE(ten->referencingOffset.contains("CA"));
   rows.resize(18);
   const auto nine = makeShiftRun(std::string(12, 'A'), 1, rows);
   EXPECT_NE(
-      intake(*nine).find("  No enough CA shifts to check CA/CB chemical shift referencing offset ...\n"),
+      intake(*nine).err.find("  No enough CA shifts to check CA/CB chemical shift referencing offset ...\n"),
       std::string::npos);
 }
 
 TEST(Referencing, OutlierMarks) {
   const auto run =
       makeShiftRun("AAA", 1, {"1 A CA 56", "2 A CA 68.5", "2 A HA 6.5", "2 A CB 20.5", "3 A HN 8"});
-  CaptureStdout();
-  CaptureStderr();
-  run->getResInfo();
-  GetCapturedStderr();
-  const std::string out = GetCapturedStdout();
+  const std::string out = intake(*run).out;
   EXPECT_NE(out.find("    2 A  CA Secondary Shift:   12.500    Limit:    5.000 !\n"), std::string::npos)
       << out;
   EXPECT_NE(out.find("    2 A  HA Secondary Shift:    2.500    Limit:    1.000\n"), std::string::npos) << out;

@@ -1,7 +1,5 @@
-// NEF 1.1: chains, atom names, links, unassigned resonances, and agreement with NMR-STAR.
+// NEF 1.1: chains, atom names, links, unassigned resonances.
 #include <gtest/gtest.h>
-
-#include <tuple>
 
 #include "convert_support.h"
 
@@ -100,28 +98,6 @@ TEST(ConvertNef, ChainsLinksAndBreaks) {
   const Converted gap = convertString(broken);
   EXPECT_EQ(gap.conversion.sequence, "GCXXXA") << gap.report();
   EXPECT_EQ(gap.rows().back(), "10 A CA 52.5");
-}
-
-// The same protein in both formats: the same rows, though numbers are written with other digits.
-TEST(ConvertNef, AgreesWithNmrStar) {
-  const Converted star = convertString(R"(data_1
-save_e
-_Entity.ID 1
-loop_ _Entity_poly_seq.Num _Entity_poly_seq.Mon_ID 5 GLY 6 CYS 7 ALA
-save_
-save_s
-loop_ _Atom_chem_shift.Entity_ID _Atom_chem_shift.Comp_index_ID
-_Atom_chem_shift.Comp_ID _Atom_chem_shift.Atom_ID _Atom_chem_shift.Val
-1 5 GLY HA2 3.9   1 5 GLY HA3 4.1   1 6 CYS H 8.30   1 7 ALA HB1 1.4   1 7 ALA CA 52.50
-save_
-)");
-  const Converted nef = convertString(kFile);
-  ASSERT_EQ(star.conversion.rows.size(), nef.conversion.rows.size()) << star.report();
-  EXPECT_EQ(star.conversion.sequence, nef.conversion.sequence);
-  for (std::size_t i = 0; i < star.conversion.rows.size(); ++i) {
-    const convert::TableRow &a = star.conversion.rows[i], &b = nef.conversion.rows[i];
-    EXPECT_EQ(std::tie(a.resid, a.atom, a.value), std::tie(b.resid, b.atom, b.value)) << i;
-  }
 }
 
 }  // namespace
