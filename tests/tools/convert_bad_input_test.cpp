@@ -13,6 +13,7 @@ namespace {
 using support::Converted;
 using support::convertString;
 using support::replaced;
+using support::with;
 
 const std::string kStar =                                                   // line
     "data_1\nsave_protein\n_Entity.ID 1\nloop_\n_Entity_poly_seq.Num\n"     // 1-5
@@ -103,9 +104,8 @@ TEST(ConvertBadInput, DoubtfulRowsAreTakenOrSkippedWithAWarning) {
       EXPECT_NE(result.report().find(c.warning), std::string::npos) << result.report();
     }
   }
-  convert::Settings settings;
-  settings.keepFirst = true;
-  const Converted first = convertString(replaced(kStar, "1 3 LEU", "1 2 ALA CA 52.9\n1 3 LEU"), settings);
+  const Converted first = convertString(replaced(kStar, "1 3 LEU", "1 2 ALA CA 52.9\n1 3 LEU"),
+                                        with(&convert::Settings::keepFirst, true));
   EXPECT_EQ(first.rows()[1], "2 A CA 52.4");
 }
 
@@ -142,16 +142,15 @@ TEST(ConvertBadInput, ProgramLeavesNoHalfWrittenFile) {
 TEST(ConvertBadInput, CommandLine) {
   const support::TempDir folder;
   std::string said;
-  const std::vector<std::pair<std::vector<std::string>, std::string>> wrong = {
-      {{}, "which file"},
-      {{"a", "b", "-o", "c"}, "one input file"},
-      {{"a"}, "-o"},
-      {{"a", "-o"}, "needs a value"},
-      {{"a", "-o", "c", "--chian", "A"}, "did you mean --chain?"},
-      {{"a", "-o", "c", "--strict=yes"}, "takes no value"},
-      {{"a", "-o", "c", "--format", "pdb"}, "unknown format"}};
+  const std::pair<const char*, const char*> wrong[] = {{"", "which file"},
+                                                       {"a b -o c", "one input file"},
+                                                       {"a", "-o"},
+                                                       {"a -o", "needs a value"},
+                                                       {"a -o c --chian A", "did you mean --chain?"},
+                                                       {"a -o c --strict=yes", "takes no value"},
+                                                       {"a -o c --format pdb", "unknown format"}};
   for (const auto& [arguments, message] : wrong) {
-    EXPECT_EQ(convertProgram(folder, arguments, said), 2) << said;
+    EXPECT_EQ(convertProgram(folder, support::split(arguments), said), 2) << said;
     EXPECT_NE(said.find(message), std::string::npos) << said;
   }
   EXPECT_EQ(convertProgram(folder, {"absent.str", "-o", "c"}, said), 1) << said;

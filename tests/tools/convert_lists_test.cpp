@@ -10,15 +10,14 @@ namespace {
 using support::Converted;
 using support::convertString;
 using support::replaced;
+using support::with;
 
 using Rows = std::vector<std::string>;
 
 convert::Settings withSequence(const support::TempDir& folder, const std::string& text,
                                const std::string& name = "sequence.fasta") {
   support::writeFile(folder / name, text);
-  convert::Settings settings;
-  settings.sequenceFile = (folder / name).string();
-  return settings;
+  return with(&convert::Settings::sequenceFile, (folder / name).string());
 }
 
 const std::string kProt =

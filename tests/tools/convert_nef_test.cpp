@@ -8,6 +8,7 @@ namespace {
 using support::Converted;
 using support::convertString;
 using support::replaced;
+using support::with;
 
 const std::string kFile = R"(data_nef_test
 save_nef_nmr_meta_data
@@ -80,9 +81,8 @@ TEST(ConvertNef, ChainsLinksAndBreaks) {
   const Converted undecided = convertString(twoChains);
   EXPECT_TRUE(undecided.ambiguous);
   EXPECT_NE(undecided.error().text.find("B: 3 residues, 1 backbone shifts"), std::string::npos);
-  convert::Settings settings;
-  settings.chain = "B";
-  EXPECT_EQ(convertString(twoChains, settings).rows(), (std::vector<std::string>{"7 A CA 52.9"}));
+  EXPECT_EQ(convertString(twoChains, with(&convert::Settings::chain, "B")).rows(),
+            (std::vector<std::string>{"7 A CA 52.9"}));
 
   std::string link = "loop_";
   for (const std::string atom : {"_1", "_2"})

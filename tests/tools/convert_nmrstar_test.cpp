@@ -8,6 +8,7 @@ namespace {
 using support::Converted;
 using support::convertString;
 using support::replaced;
+using support::with;
 
 // Five residues, the third a phosphoserine; a glycine with two HA; rows out of order.
 const std::string kEntry = R"(data_77001
@@ -136,9 +137,7 @@ TEST(ConvertNmrStar, AuthorNumbersThatDoNotRiseByOneAreMapped) {
   EXPECT_EQ(result.conversion.firstResid, 1);
   EXPECT_EQ(result.rows().front(), "1 G HA2 3.91");
   EXPECT_NE(result.report().find("101A = 2"), std::string::npos) << result.report();
-  convert::Settings settings;
-  settings.firstResid = "-3";
-  EXPECT_EQ(convertString(text, settings).rows().front(), "-3 G HA2 3.91");
+  EXPECT_EQ(convertString(text, with(&convert::Settings::firstResid, "-3")).rows().front(), "-3 G HA2 3.91");
 }
 
 // Two copies of the protein in the assembly, shifts for the first one; then for both.
@@ -161,9 +160,9 @@ TEST(ConvertNmrStar, ChainsAndListsAreChosenWhenItMatters) {
     EXPECT_NE(undecided.error().text.find(choice), std::string::npos) << undecided.error().text;
   }
   for (const char* name : {"2", "Q", "subunit 2"}) {
-    convert::Settings settings;
-    settings.chain = name;
-    EXPECT_EQ(convertString(both, settings).rows(), (std::vector<std::string>{"105 K C 176.512"})) << name;
+    EXPECT_EQ(convertString(both, with(&convert::Settings::chain, name)).rows(),
+              (std::vector<std::string>{"105 K C 176.512"}))
+        << name;
   }
 
   std::string second = kEntry.substr(kEntry.find("save_shifts_1"));
@@ -171,24 +170,17 @@ TEST(ConvertNmrStar, ChainsAndListsAreChosenWhenItMatters) {
   const std::string twoLists = kEntry + replaced(second, "52.40", "52.90");
   EXPECT_TRUE(convertString(twoLists).ambiguous);
   EXPECT_NE(convertString(twoLists).error().text.find("2 (reduced"), std::string::npos);
-  convert::Settings settings;
-  settings.list = "reduced";
-  EXPECT_EQ(convertString(twoLists, settings).rows()[3], "102 A CA 52.90");
+  EXPECT_EQ(convertString(twoLists, with(&convert::Settings::list, "reduced")).rows()[3], "102 A CA 52.90");
 }
 
 TEST(ConvertNmrStar, OptionsForDoubtfulRows) {
-  convert::Settings settings;
-  settings.skipAmbiguous = true;
-  EXPECT_EQ(convertString(kEntry, settings).rows().size(), kRows.size() - 1);
-  settings = {};
-  settings.strict = true;
-  EXPECT_FALSE(convertString(kEntry, settings).ok);
+  EXPECT_EQ(convertString(kEntry, with(&convert::Settings::skipAmbiguous, true)).rows().size(),
+            kRows.size() - 1);
+  EXPECT_FALSE(convertString(kEntry, with(&convert::Settings::strict, true)).ok);
   const std::string mse = replaced(kEntry, "SEP", "MSE");
   EXPECT_EQ(convertString(mse).conversion.sequence, "GAXLK");
-  settings = {};
-  settings.mseAsMet = true;
-  EXPECT_EQ(convertString(mse, settings).conversion.sequence, "GAMLK");
-  EXPECT_EQ(convertString(mse, settings).rows().size(), kRows.size() + 1);
+  EXPECT_EQ(convertString(mse, with(&convert::Settings::mseAsMet, true)).conversion.sequence, "GAMLK");
+  EXPECT_EQ(convertString(mse, with(&convert::Settings::mseAsMet, true)).rows().size(), kRows.size() + 1);
   const std::string oxidized =
       replaced(replaced(kEntry, "LYS", "CYS"), "'not present'", "'all disulfide bound'");
   EXPECT_EQ(convertString(oxidized).conversion.sequence, "GAXLc");

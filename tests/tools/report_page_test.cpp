@@ -254,8 +254,6 @@ TEST_F(ReportProgram, WrongCommandLines) {
     EXPECT_EQ(report::runProgram(support::split(words), out, err), 2);
     EXPECT_TRUE(err.str().starts_with("orbeln-report: "));
   }
-  EXPECT_EQ(run({"-o", "-", "--log", (dir / "pred.tab").string()}), 1);
-  EXPECT_EQ(run({"-o", "-", "--ref", (dir / "absent.pdb").string()}), 1);
   EXPECT_EQ(run({"--help"}), 0);
   expectParts({"--tsv FILE"});
 }

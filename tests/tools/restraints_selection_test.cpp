@@ -24,10 +24,8 @@ using restraints::TorsionTable;
 
 TorsionRow row(int resid, char code, const char* className, double sd = 15, double phi = -60,
                double psi = -40) {
-  TorsionRow r;
-  std::tie(r.resid, r.code, r.className) = std::tie(resid, code, className);
-  std::tie(r.phi, r.psi, r.dphi, r.dpsi) = std::tie(phi, psi, sd, sd);
-  return r;
+  return {
+      .resid = resid, .code = code, .phi = phi, .psi = psi, .dphi = sd, .dpsi = sd, .className = className};
 }
 
 TorsionTable table(const std::string& sequence, std::vector<TorsionRow> rows) {
@@ -40,8 +38,8 @@ TorsionTable table(const std::string& sequence, std::vector<TorsionRow> rows) {
 Chi1Row chi1(int resid, char code, const char* className, double probability, double angle, double sd = 10) {
   Chi1Row r;
   std::tie(r.resid, r.code, r.className) = std::tie(resid, code, className);
-  (r.className == "g-" ? r.gm : r.className == "g+" ? r.gp : r.t) = probability;
   std::tie(r.chi1, r.dchi1) = std::tie(angle, sd);
+  (r.className == "g-" ? r.gm : r.className == "g+" ? r.gp : r.t) = probability;
   return r;
 }
 
@@ -102,9 +100,7 @@ TEST(RestraintSelection, WidthRule) {
   for (const Case& c : cases) {
     SCOPED_TRACE(testing::Message() << c.sd << " x " << c.factor << ", " << c.floor << " to " << c.cap);
     Options options;
-    options.factor = c.factor;
-    options.floor = c.floor;
-    options.cap = c.cap;
+    std::tie(options.factor, options.floor, options.cap) = std::tie(c.factor, c.floor, c.cap);
     const RestraintList list = selectRestraints(table("AAA", {row(2, 'A', "Strong", c.sd)}), {}, options);
     ASSERT_EQ(list.restraints.size(), c.width > 0 ? 2U : 0U);
     EXPECT_EQ(reports(list, "full circle"), c.width == 0);
@@ -144,10 +140,10 @@ TEST(RestraintSelection, ResidueRanges) {
 class RestraintProgram : public testing::Test {
  protected:
   /// Status of a run on `table`; messages stay in `err`.
-  int run(const std::string& table, const char* target, const std::vector<std::string>& options) {
+  int run(const std::string& table, const char* target, const std::string& options) {
     support::writeFile(dir / "pred.tab", table);
     std::vector<std::string> words = {(dir / "pred.tab").string(), "-o", (dir / target).string()};
-    words.insert(words.end(), options.begin(), options.end());
+    for (const std::string& word : support::split(options)) words.push_back(word);
     err.str("");
     return restraints::runProgram(words, out, err);
   }
@@ -164,36 +160,33 @@ TEST_F(RestraintProgram, FaultsAreNamed) {
     text.replace(text.find(from), from.size(), to);
     return text;
   };
-  struct Case {
+  const std::string xplor = "--format xplor";
+  const struct {
     const char* name;
-    std::string content;
-    std::vector<std::string> options;
+    std::string content, options;
     int status;
     std::string message;
-  };
-  const std::vector<std::string> xplor = {"--format", "xplor"};
-  const std::vector<Case> cases = {
+  } cases[] = {
       {"value missing", changed("  -40.000", ""), xplor, 1, "pred.tab:10: expected 11 values, found 10"},
       {"no number", changed("  -60.000", "  minus60"), xplor, 1, "pred.tab:10: PHI is 'minus60'"},
       {"not a number", changed("  -60.000", "      nan"), xplor, 1, "pred.tab:10: PHI is 'nan'"},
       {"unknown class", changed("Warn", "Good"), xplor, 1, "pred.tab:11: CLASS is 'Good'"},
-      {"same residue twice", changed("    3 A", "    2 A"), xplor, 1,
-       "pred.tab:11: residue 2 does not follow"},
+      {"residue twice", changed("    3 A", "    2 A"), xplor, 1, "pred.tab:11: residue 2 does not follow"},
       {"column missing", changed(" DPHI", " XPHI"), xplor, 1, "no column DPHI"},
       {"bad format", changed("%2d %2d %s", "%2d %2x %s"), xplor, 1, "pred.tab:8: bad field format"},
       {"no rows", good.substr(0, good.find("    2 A")), xplor, 1, "no rows"},
       {"other file", "HEADER\nATOM\n", xplor, 1, "no VARS and FORMAT lines"},
       {"zero byte", good + std::string(1, '\0'), xplor, 1, "a zero byte"},
       {"nothing reliable", changed("Strong", "Bad"), xplor, 1, "no residue gives a restraint"},
-      {"no format", good, {}, 2, "--format is missing"},
-      {"unknown format", good, {"--format", "pdb"}, 2, "unknown format 'pdb'"},
-      {"unknown option", good, {"--format", "xplor", "--wide"}, 2, "unknown option --wide"},
-      {"no value", good, {"--format"}, 2, "--format needs a value"},
-      {"odd number", good, {"--format", "xplor", "--factor", "2x"}, 2, "--factor needs a number"},
-      {"class None", good, {"--format", "xplor", "--classes", "None"}, 2, "None has no angles"},
-      {"no structure", good, {"--format", "amber"}, 2, "--coordinates"},
-      {"flag with value", good, {"--format", "xplor", "--wrap=1"}, 2, "takes no value"}};
-  for (const Case& c : cases) {
+      {"no format", good, "", 2, "--format is missing"},
+      {"unknown format", good, "--format pdb", 2, "unknown format 'pdb'"},
+      {"unknown option", good, "--format xplor --wide", 2, "unknown option --wide"},
+      {"no value", good, "--format", 2, "--format needs a value"},
+      {"odd number", good, "--format xplor --factor 2x", 2, "--factor needs a number"},
+      {"class None", good, "--format xplor --classes None", 2, "None has no angles"},
+      {"no structure", good, "--format amber", 2, "--coordinates"},
+      {"flag with value", good, "--format xplor --wrap=1", 2, "takes no value"}};
+  for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
     EXPECT_EQ(run(c.content, "out", c.options), c.status);
     EXPECT_NE(err.str().find(c.message), std::string::npos) << err.str();
@@ -204,7 +197,7 @@ TEST_F(RestraintProgram, FaultsAreNamed) {
 TEST_F(RestraintProgram, UnwritableOutputLeavesNothingBehind) {
   std::filesystem::create_directory(dir / "taken");
   for (const char* target : {"taken", "no/such/file"}) {
-    EXPECT_EQ(run(good, target, {"--format", "cyana"}), 1);
+    EXPECT_EQ(run(good, target, "--format cyana"), 1);
     EXPECT_NE(err.str().find("cannot write"), std::string::npos);
   }
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path), {}), 2);
@@ -213,7 +206,7 @@ TEST_F(RestraintProgram, UnwritableOutputLeavesNothingBehind) {
 TEST_F(RestraintProgram, LineEndsOfOtherSystems) {
   std::string text = good;
   for (std::size_t at = 0; (at = text.find('\n', at)) != std::string::npos; at += 2) text.insert(at, "\r");
-  EXPECT_EQ(run(text, "out", {"--format", "cyana"}), 0) << err.str();
+  EXPECT_EQ(run(text, "out", "--format cyana"), 0) << err.str();
   const std::string written = support::readFile(dir / "out");
   EXPECT_NE(written.find("2 ALA   PHI      -80.0    -40.0   1.00"), std::string::npos) << written;
 }
