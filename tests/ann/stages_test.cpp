@@ -190,16 +190,4 @@ TEST_F(NetworkStages, SecondaryStructureNetworkByMissingShifts) {
   EXPECT_EQ(table.data[5], "DATA PREDICTED_SS ");
 }
 
-TEST_F(NetworkStages, SecondaryStructureAtTheEndsOfTheShifts) {
-  makeChain(20, {{0, 0}, {21, 0}});
-  run.shiftLastResid = 18;
-  for (int r = 1; r <= 20; ++r) run.annResidueInputs[r] = std::vector<double>(32, 0.0);
-  run.runSS_Prediction();
-  const OutputTable table(dir / "predSS.tab");
-  // All residues have a shift prediction; the ends count as undecided coil.
-  for (const int r : {1, 18}) EXPECT_EQ(rowText(table, r), "0.333 0.333 0.333 0.00 L") << r;
-  EXPECT_EQ(table.text(2, "SS_CLASS"), "H");
-  EXPECT_EQ(table.text(20, "SS_CLASS"), "c");  // the range ends before the shifts do
-}
-
 }  // namespace

@@ -53,8 +53,8 @@ TEST(Settings, InstallationDirectory) {
     const char* expected;
   };
   for (const Case& c :
-       {Case{"plain", {"-in", "x"}, "./tab"}, Case{"C:\\orbeln", {"-in", "x"}, "C:\\orbeln\\tab"},
-        Case{"/a", {"-orbelnDir", "/b"}, "/b/tab"},
+       {Case{"", {"-in", "x"}, "./tab"}, Case{"plain", {"-in", "x"}, "./tab"},
+        Case{"C:\\orbeln", {"-in", "x"}, "C:\\orbeln\\tab"}, Case{"/a", {"-orbelnDir", "/b"}, "/b/tab"},
         Case{"/a", {"-orbelnDir", "/b", "-orbelNDir", "/d", "-orbelDir", "/c"}, "/c/tab"},
         Case{"/a", {"-tabDir", "/d", "-orbelDir", "/c"}, "/d"}}) {
     setenv("ORBELN_DIR", c.variable, 1);

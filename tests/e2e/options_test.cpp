@@ -119,14 +119,4 @@ TEST_F(Options, VerboseAndPathLines) {
   }
 }
 
-TEST_F(Options, InstallationInTheWorkingDirectory) {
-  std::filesystem::create_directory_symlink(std::filesystem::path(ORBELN_SYNTHETIC) / "tab", dir / "tab");
-  // Without ORBELN_DIR, or with a name without separator, it is the working directory.
-  for (const char* environment : {"", "nowhere"}) {
-    run({"-sum", "found.tab"}, environment);
-    EXPECT_EQ(cell("found.tab", "6", "CLASS"), "Strong") << environment;
-    std::filesystem::remove(dir / "found.tab");
-  }
-}
-
 }  // namespace

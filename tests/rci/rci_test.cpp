@@ -148,12 +148,6 @@ TEST(OrderParameterTable, RowsAndCounts) {
   EXPECT_EQ(run.missingCount.at(0), 0);
   EXPECT_EQ(run.missingCount.at(16), 0);
   EXPECT_NEAR(run.rciValue.at(1), 0.784152, 2e-6);
-
-  run.rciValue.clear();
-  run.annResidueInputs = {{5, std::vector<double>(32, 1.0)}};  // every flag set: undefined
-  run.predPrefix = (dir / "none").string();
-  support::captured([&] { run.runS2_Prediction(); });
-  EXPECT_NE(readFile(dir / "noneS2.tab").find("    5 L  6 18 9999.000\n"), std::string::npos);
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <array>
 #include <cmath>
 #include <random>
+#include <tuple>
 
 #include "tables/table_test.h"
 
@@ -41,12 +42,10 @@ TEST_F(DBTest, ReadsRecordsInFileOrder) {
                   {"1abc", 'A', 12, {1, 2, 3}, 4}};
   for (int i = 0; i < 4; ++i) {
     const auto k = static_cast<std::size_t>(i);
-    EXPECT_EQ(db.source(i), expected[i].source);
-    EXPECT_EQ(db.dbResName[k], expected[i].resName);
-    EXPECT_EQ(db.dbResid[k], expected[i].resid);
-    for (std::size_t a = 0; a < 3; ++a)
-      EXPECT_EQ(db.angles(i)[a], expected[i].angles[a]) << i << " angle " << a;
-    EXPECT_EQ(db.dbClass[k], expected[i].boxClass);
+    const float* angles = db.angles(i);
+    EXPECT_EQ(std::tuple(db.source(i), db.dbResName[k], db.dbResid[k], db.dbClass[k]),
+              std::tuple(expected[i].source, expected[i].resName, expected[i].resid, expected[i].boxClass));
+    EXPECT_EQ((std::array<float, 3>{angles[0], angles[1], angles[2]}), expected[i].angles) << i;
     EXPECT_EQ(shiftsOf(db, i), (std::array<float, 12>{1.5F, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12})) << i;
   }
   EXPECT_EQ(db.sourceNames.size(), 3U) << "one name per run";
@@ -82,14 +81,12 @@ TEST_F(DBTest, KeepsIncompleteRecordsAsFarAsTheyGo) {
   for (int i = 0; i < db.entryCount; ++i) {
     const auto& c = cases[i];
     const auto k = static_cast<std::size_t>(i);
-    EXPECT_EQ(db.source(i), c.source) << c.line;
-    EXPECT_EQ(db.dbResName[k], c.resName) << c.line;
-    EXPECT_EQ(db.angles(i)[0], c.phi) << c.line;
-    EXPECT_EQ(db.angles(i)[1], c.psi) << c.line;
-    EXPECT_EQ(db.dbClass[k], c.boxClass) << c.line;
-    EXPECT_EQ(db.shifts(i)[0], c.firstShift) << c.line;
-    EXPECT_EQ(db.shifts(i)[1], c.firstScale) << c.line;
-    EXPECT_EQ(db.shifts(i)[11], 0.0F) << c.line;
+    EXPECT_EQ(std::tuple(db.source(i), db.dbResName[k], db.angles(i)[0], db.angles(i)[1], db.dbClass[k]),
+              std::tuple(c.source, c.resName, c.phi, c.psi, c.boxClass))
+        << c.line;
+    EXPECT_EQ(std::tuple(db.shifts(i)[0], db.shifts(i)[1], db.shifts(i)[11]),
+              std::tuple(c.firstShift, c.firstScale, 0.0F))
+        << c.line;
     if (c.resid != 4294967295U) {
       EXPECT_EQ(db.dbResid[k], c.resid) << c.line;
     }
