@@ -88,14 +88,12 @@ TEST_F(NetworkStages, DistributionFollowsTheMissingShifts) {
 TEST_F(NetworkStages, EndsOfARangeInsideTheShifts) {
   makeChain(30, {});
   run.missingCount[0] = run.missingCount[31] = 0;
-  struct Case {
+  const struct {
     int first, last;
     std::map<int, std::string> expected;
-  };
-  const std::vector<Case> cases{
-      {1, 30, {{1, kFull}, {2, kHybrid}, {3, kFull}, {28, kFull}, {29, kHybrid}, {30, kFull}}},
-      {5, 20, {{5, kZero}, {6, kHybrid}, {7, kFull}, {18, kFull}, {19, kHybrid}, {20, kZero}}}};
-  for (const Case& c : cases) {
+  } cases[] = {{1, 30, {{1, kFull}, {2, kHybrid}, {3, kFull}, {28, kFull}, {29, kHybrid}, {30, kFull}}},
+               {5, 20, {{5, kZero}, {6, kHybrid}, {7, kFull}, {18, kFull}, {19, kHybrid}, {20, kZero}}}};
+  for (const auto& c : cases) {
     run.firstResidOption = c.first;
     run.lastResidOption = c.last;
     run.annResidueInputs.clear();

@@ -23,12 +23,11 @@ void configure(ORBEL& run, const std::vector<std::string>& words) {
 
 TEST(CommandLine, CutsAtEveryHyphen) {
   const ORBEL run;
-  struct Case {
+  const struct {
     std::vector<std::string> words;
     OptionMap expected;
     std::string warning;
-  };
-  const std::vector<Case> cases = {
+  } cases[] = {
       {{"-in", "x.tab", "-in", "y.tab"}, {{"in", "y.tab"}}, ""},
       {{"-in", "my-file.tab"}, {{"in", "my"}, {"file.tab", "file.tab"}}, " Invaid arg name -file.tab\n"},
       {{"-offset", "-0.5"}, {{"offset", ""}, {"0.5", "0.5"}}, " Invaid arg name -0.5\n"},
@@ -36,7 +35,7 @@ TEST(CommandLine, CutsAtEveryHyphen) {
       {{"stray", "-check", "no"}, {{"check", "true"}}, ""},
       {{"-nodetail"}, {{"nodetail", "true"}}, " Invaid arg name -nodetail\n"},
       {{"--in", "x"}, {{"in", "x"}}, ""}};
-  for (const Case& c : cases) {
+  for (const auto& c : cases) {
     CommandLine line;
     EXPECT_EQ(support::captured([&] { line = parse(run, c.words); }).err, c.warning);
     EXPECT_EQ(line.options, c.expected) << c.words[0];

@@ -35,21 +35,20 @@ TEST(Intake, SecondaryShiftIsObservedMinusCoilAndNeighbours) {
 }
 
 TEST(Intake, GlycineAlphaProton) {
-  struct Case {
+  const struct {
     std::vector<std::string> rows;
     bool noProton;
     double expected;  ///< secondary shift, coil 4
     int missing;      ///< of the glycine, whose CB and other atoms are absent
-  };
-  const std::vector<Case> cases = {{{"2 G HA2 3.9", "2 G HA3 4.3"}, false, 0.1, 5},
-                                   {{"2 G HA3 4.1"}, false, 0.1, 5},
-                                   {{"2 G HA2 3.9"}, false, -0.1, 5},
-                                   {{"2 G HA 5.0"}, false, 9999 - 4.0, 6},
-                                   {{"2 G HA2 999", "2 G HA3 4.1"}, false, 0.1, 5},
-                                   {{"2 G HA2 3.9", "2 G HA3 999"}, false, -0.1, 5},
-                                   {{"2 G HA2 3.9"}, true, -0.1, 6},
-                                   {{"2 G HA2 9999"}, false, 9999 - 4.0, 6}};
-  for (const Case& c : cases) {
+  } cases[] = {{{"2 G HA2 3.9", "2 G HA3 4.3"}, false, 0.1, 5},
+               {{"2 G HA3 4.1"}, false, 0.1, 5},
+               {{"2 G HA2 3.9"}, false, -0.1, 5},
+               {{"2 G HA 5.0"}, false, 9999 - 4.0, 6},
+               {{"2 G HA2 999", "2 G HA3 4.1"}, false, 0.1, 5},
+               {{"2 G HA2 3.9", "2 G HA3 999"}, false, -0.1, 5},
+               {{"2 G HA2 3.9"}, true, -0.1, 6},
+               {{"2 G HA2 9999"}, false, 9999 - 4.0, 6}};
+  for (const auto& c : cases) {
     auto rows = c.rows;
     rows.emplace_back("3 A CA 56");
     const auto run = makeShiftRun("AGA", 1, rows);
@@ -106,10 +105,9 @@ TEST(Intake, RangeIsNarrowedToResiduesWithShifts) {
 TEST(Intake, MismatchesAreCountedPerRow) {
   const auto run =
       makeShiftRun("AAA", 1, {"1 ALA CA 56", "2 LYS CA 56", "2 K N 120", "2 K HN 8", "2 K C 176"});
-  const std::string four = intake(*run).err;
-  EXPECT_NE(four.find("WARNING: Residue Type Mismatch: Residue 2 SEQUENCE: A Chemical Shift Table: LYS.\n"),
-            std::string::npos);
-  EXPECT_EQ(four.find("Too Many"), std::string::npos);
+  const std::string warning = "WARNING: Residue Type Mismatch: Residue 2 SEQUENCE: A Chemical Shift Table: ";
+  const std::string k = warning + "K.\n";
+  EXPECT_EQ(intake(*run).err, warning + "LYS.\n" + k + k + k);
   const auto five =
       makeShiftRun("AAA", 1, {"1 A CA 56", "2 K CA 56", "2 K N 120", "2 K HN 8", "2 K C 176", "9 A C 176"});
   EXPECT_NE(intake(*five).err.find("Format Errors: Too Many Sequence Mismatches: 5, 5 Max.\n"),

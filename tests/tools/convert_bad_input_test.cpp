@@ -79,13 +79,12 @@ TEST(ConvertBadInput, OneMessageWithTheLine) {
 }
 
 TEST(ConvertBadInput, DoubtfulRowsAreTakenOrSkippedWithAWarning) {
-  struct Case {
+  const struct {
     const char* name;
     std::string text;
     std::size_t rows;
     const char* warning;
-  };
-  const std::vector<Case> cases = {
+  } cases[] = {
       {"one residue of another type", replaced(kStar, "1 3 LEU CA", "1 3 ILE CA"), 5,
        "input.txt:24: warning: residue types differ"},
       {"zero", replaced(kStar, "55.1", "0.000"), 5, "input.txt:24: warning: a shift of 0"},
@@ -94,7 +93,7 @@ TEST(ConvertBadInput, DoubtfulRowsAreTakenOrSkippedWithAWarning) {
       {"the same value twice", replaced(kStar, "1 3 LEU", "1 2 ALA CA 52.40\n1 3 LEU"), 6,
        "input.txt:24: warning: A2 CA"},
       {"one impossible shift", replaced(kStar, "55.1", "155.1"), 6, "input.txt:24: warning: no protein has"}};
-  for (const Case& c : cases) {
+  for (const auto& c : cases) {
     const Converted result = convertString(c.text);
     EXPECT_TRUE(result.ok) << c.name << result.report();
     EXPECT_EQ(result.rows().size(), c.rows) << c.name << result.report();

@@ -56,17 +56,16 @@ TEST(ConvertNef, TakesTheOnlyChainWithShifts) {
 
 TEST(ConvertNef, GlycineProtonsUnderAllTheirNames) {
   const std::string pair = "A 5 GLY HAx 3.900 0.02\n      A 5 GLY HAy 4.100 0.02";
-  struct Case {
+  const struct {
     const char* rows;
     std::vector<std::string> expected;
-  };
-  const std::vector<Case> cases = {{"A 5 GLY HA% 4.0 .", {"5 G HA2 4.0"}},
-                                   {"A 5 GLY QA 4.0 .", {"5 G HA2 4.0"}},
-                                   {"A 5 GLY HA 4.0 .", {"5 G HA2 4.0"}},
-                                   {"A 5 GLY HA3 4.0 .", {"5 G HA3 4.0"}},
-                                   {"A 5 GLY HA2 4.1 .\nA 5 GLY HA1 4.0 .", {"5 G HA2 4.0", "5 G HA3 4.1"}},
-                                   {"A 5 GLY HA% 4.0 .\nA 5 GLY HA3 4.1 .", {"5 G HA3 4.1"}}};
-  for (const Case& c : cases) {
+  } cases[] = {{"A 5 GLY HA% 4.0 .", {"5 G HA2 4.0"}},
+               {"A 5 GLY QA 4.0 .", {"5 G HA2 4.0"}},
+               {"A 5 GLY HA 4.0 .", {"5 G HA2 4.0"}},
+               {"A 5 GLY HA3 4.0 .", {"5 G HA3 4.0"}},
+               {"A 5 GLY HA2 4.1 .\nA 5 GLY HA1 4.0 .", {"5 G HA2 4.0", "5 G HA3 4.1"}},
+               {"A 5 GLY HA% 4.0 .\nA 5 GLY HA3 4.1 .", {"5 G HA3 4.1"}}};
+  for (const auto& c : cases) {
     const Converted result = convertString(replaced(kFile, pair, c.rows));
     std::vector<std::string> glycine;
     for (const std::string& row : result.rows()) {

@@ -101,18 +101,17 @@ TEST(ConvertNmrStar, SequenceFromTheBestSourceThereIs) {
   const std::string index =
       "loop_\n_Entity_comp_index.ID\n_Entity_comp_index.Auth_seq_ID\n_Entity_comp_index.Comp_ID\n"
       "2 102 ALA\n1 101 GLY\n3 103 SEP\n4 104 LEU\n5 105 LYS\n";
-  struct Case {
+  const struct {
     const char* name;
     std::string text, sequence;
     bool warns;
-  };
-  const std::vector<Case> cases = {
+  } cases[] = {
       {"comp_index by number", replaced(kEntry, loop, index), "GAXLK", false},
       {"one-letter text", replaced(replaced(kEntry, loop, ""), "GAXLK", "GA(SEP)\nLK"), "GAXLK", false},
       {"shift rows", replaced(kEntry, frame, ""), "GAXLK", false},
       {"shift rows with a gap", replaced(replaced(kEntry, frame, ""), "6 1 3 SEP CA C 58.1 1 103\n", ""),
        "GAXLK", true}};
-  for (const Case& c : cases) {
+  for (const auto& c : cases) {
     const Converted result = convertString(c.text);
     EXPECT_EQ(result.conversion.sequence, c.sequence) << c.name << result.report();
     EXPECT_EQ(result.rows(), kRows) << c.name;

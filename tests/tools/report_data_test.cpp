@@ -112,17 +112,16 @@ TEST(ReportSummary, UnusualShiftsStandOutFromTheirNucleus) {
 }
 
 TEST(ReportFigures, ErrorBarsCloseAtTheSeam) {
-  struct Case {
+  const struct {
     double centre, width;
     std::vector<std::pair<double, double>> spans;
-  };
-  const std::vector<Case> cases = {{-60, 20, {{-80, -40}}},
-                                   {175, 20, {{155, 180}, {-180, -165}}},
-                                   {-180, 10, {{-180, -170}, {170, 180}}},
-                                   {180, 10, {{170, 180}, {-180, -170}}},
-                                   {0, 180, {{-180, 180}}},
-                                   {90, 400, {{-180, 180}}}};
-  for (const Case& c : cases) {
+  } cases[] = {{-60, 20, {{-80, -40}}},
+               {175, 20, {{155, 180}, {-180, -165}}},
+               {-180, 10, {{-180, -170}, {170, 180}}},
+               {180, 10, {{170, 180}, {-180, -170}}},
+               {0, 180, {{-180, 180}}},
+               {90, 400, {{-180, 180}}}};
+  for (const auto& c : cases) {
     const auto spans = report::angleSpans(c.centre, c.width);
     ASSERT_EQ(spans.size(), c.spans.size()) << c.centre;
     for (std::size_t k = 0; k < spans.size(); ++k) {

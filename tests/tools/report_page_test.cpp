@@ -195,20 +195,18 @@ TEST_F(ReportProgram, MissingTablesAreSaidAndLeftOut) {
 
 /// One message with file and line, and nothing written, for each faulty table.
 TEST_F(ReportProgram, FaultyTablesAreNamed) {
-  struct Case {
+  const struct {
     const char *file, *from, *to, *message;
-  };
-  const std::vector<Case> cases = {
-      {"pred.tab", "-178.500", "-278.500", "pred.tab:11: an angle beyond 180 degrees"},
-      {"predSS.tab", "0.75 E", "0.75 Q", "predSS.tab:8: SS_CLASS is 'Q'"},
-      {"predSS.tab", "0.850", "", "predSS.tab:8: expected 9 values, found 8"},
-      {"predS2.tab", "0.912", "o.912", "predS2.tab:6: S2 is 'o.912'"},
-      {"predChi1.tab", "g- ", "g? ", "predChi1.tab:8: CLASS is 'g?'"},
-      {"predABP.tab", "Q_17 ", "Q_a ", "predABP.tab: no column Q_17"},
-      {"predAll.tab", "   2    3", "   2   33",
-       "predAll.tab:7: a residue that the summary table does not have"},
-      {"predAdjCS.tab", "0.512", "0,512", "predAdjCS.tab:6: SHIFT is '0,512'"}};
-  for (const Case& c : cases) {
+  } cases[] = {{"pred.tab", "-178.500", "-278.500", "pred.tab:11: an angle beyond 180 degrees"},
+               {"predSS.tab", "0.75 E", "0.75 Q", "predSS.tab:8: SS_CLASS is 'Q'"},
+               {"predSS.tab", "0.850", "", "predSS.tab:8: expected 9 values, found 8"},
+               {"predS2.tab", "0.912", "o.912", "predS2.tab:6: S2 is 'o.912'"},
+               {"predChi1.tab", "g- ", "g? ", "predChi1.tab:8: CLASS is 'g?'"},
+               {"predABP.tab", "Q_17 ", "Q_a ", "predABP.tab: no column Q_17"},
+               {"predAll.tab", "   2    3", "   2   33",
+                "predAll.tab:7: a residue that the summary table does not have"},
+               {"predAdjCS.tab", "0.512", "0,512", "predAdjCS.tab:6: SHIFT is '0,512'"}};
+  for (const auto& c : cases) {
     SCOPED_TRACE(c.message);
     const std::string good = support::readFile(dir / c.file);
     ASSERT_NE(good.find(c.from), std::string::npos);

@@ -220,18 +220,17 @@ TEST_F(RestraintFormats, UnfitCoordinateFilesAreRefused) {
   std::string otherType = structure.pdb;
   for (std::size_t at; (at = otherType.find("LEU A   6")) != std::string::npos;)
     otherType.replace(at, 3, "MET");
-  struct Case {
+  const struct {
     const char* name;
     std::string content, message;
-  };
-  const std::vector<Case> cases = {
+  } cases[] = {
       {"atom missing", without(" CG  LEU A   6"), "residue 6 atom CG (LEU) is not there"},
       {"two molecules", structure.pdb + "TER\n" + structure.pdb, "occurs 2 times"},
       {"other residue type", otherType, "belongs to MET, the prediction has LEU"},
       {"no structure", "hello\nworld\n", "neither a PDB file"},
       {"cut .gro", structure.gro.substr(0, structure.gro.size() / 2), "neither a PDB file"},
       {"broken number", "ATOM      1  N   GLY A  xx      1.0     2.0     3.0\n", ":1: an atom record"}};
-  for (const Case& c : cases) {
+  for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
     support::writeFile(dir / "bad", c.content);
     support::writeFile(dir / "out", "earlier");

@@ -90,14 +90,12 @@ TEST(RestraintSelection, ReliableClassesChainEndsAndMissingAngles) {
 }
 
 TEST(RestraintSelection, WidthRule) {
-  struct Case {
+  const struct {
     double sd, factor, floor, cap, width;  // width 0: no restraint
-  };
-  const std::vector<Case> cases = {{15, 2, 20, 179, 30},     {4, 2, 20, 179, 20}, {0, 2, 20, 179, 20},
-                                   {15, 3, 20, 179, 45},     {4, 1, 10, 179, 10}, {60, 2, 20, 90, 90},
-                                   {89.9, 2, 20, 179, 179},  {90, 2, 20, 179, 0}, {180, 2, 20, 60, 0},
-                                   {7.774, 2, 10, 179, 15.5}};
-  for (const Case& c : cases) {
+  } cases[] = {{15, 2, 20, 179, 30}, {4, 2, 20, 179, 20},      {0, 2, 20, 179, 20},     {15, 3, 20, 179, 45},
+               {4, 1, 10, 179, 10},  {60, 2, 20, 90, 90},      {89.9, 2, 20, 179, 179}, {90, 2, 20, 179, 0},
+               {180, 2, 20, 60, 0},  {7.774, 2, 10, 179, 15.5}};
+  for (const auto& c : cases) {
     SCOPED_TRACE(testing::Message() << c.sd << " x " << c.factor << ", " << c.floor << " to " << c.cap);
     Options options;
     std::tie(options.factor, options.floor, options.cap) = std::tie(c.factor, c.floor, c.cap);
