@@ -6,7 +6,6 @@
 #include <cmath>
 #include <cstring>
 #include <map>
-#include <ostream>
 #include <random>
 
 #include "ann/plain_layer.h"
@@ -23,10 +22,6 @@ struct Case {
   double density;  ///< share of non-zero weights
   double weightScale, inputScale;
 };
-
-void PrintTo(const Case& c, std::ostream* out) {
-  *out << c.name << ": " << c.units << " units, " << c.inputs << " inputs";
-}
 
 class LayerKernel : public testing::TestWithParam<Case> {
  protected:

@@ -35,12 +35,12 @@ std::vector<DbResidue> randomDatabase(std::mt19937& random, int entries) {
   for (int source = 0; static_cast<int>(residues.size()) < entries; ++source) {
     int resid = below(20) - 10;
     for (int left = 1 + below(120); left > 0; --left) {
-      DbResidue r;
-      r.source = "s" + std::to_string(source);
-      r.code = "LLLLLLLLLLKKEEGPACWVcX\x80"[below(23)];
-      r.resid = resid;
-      r.box = static_cast<std::uint32_t>(below(100) == 0 ? below(4) * 1000 + 320 : below(80) * 4);
-      residues.push_back(r);
+      const char code = "LLLLLLLLLLKKEEGPACWVcX\x80"[below(23)];
+      const int box = below(100) == 0 ? below(4) * 1000 + 320 : below(80) * 4;
+      residues.push_back({.source = "s" + std::to_string(source),
+                          .code = code,
+                          .resid = resid,
+                          .box = static_cast<std::uint32_t>(box)});
       resid += below(40) == 0 ? 1 + below(3) : 1;
     }
   }

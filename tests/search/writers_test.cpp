@@ -71,14 +71,13 @@ TEST_F(Writers, SummaryRows) {
 TEST_F(Writers, ComprehensiveRows) {
   std::vector<search_test::DbResidue> db;
   for (int i = 0; i < 6; ++i) {
-    search_test::DbResidue r;
-    r.source = "1abcA";
-    r.code = "LKcGEX"[i];
-    r.resid = 40 + i;
-    r.phi = -60.0F - static_cast<float>(i);
-    r.chi1 = i == 2 ? 9999.0F : 62.5F;
-    r.shifts = {1.25F + static_cast<float>(i), 1, 0.11F, 1, 0.22F, 1, -0.33F, 1, 0.44F, 1, 0.55F, 1};
-    db.push_back(r);
+    db.push_back(
+        {.source = "1abcA",
+         .code = "LKcGEX"[i],
+         .resid = 40 + i,
+         .phi = -60.0F - static_cast<float>(i),
+         .chi1 = i == 2 ? 9999.0F : 62.5F,
+         .shifts = {1.25F + static_cast<float>(i), 1, 0.11F, 1, 0.22F, 1, -0.33F, 1, 0.44F, 1, 0.55F, 1}});
   }
   installDatabase(run, db);
   run.sequence.erase(5);
