@@ -69,12 +69,9 @@ TEST_F(NetworkStages, DistributionFollowsTheMissingShifts) {
   for (const auto& [resid, value] : expected) EXPECT_EQ(boxes.at(resid), value) << resid;
   EXPECT_FALSE(boxes.contains(1));  // selects the hybrid prediction, which the first residue does not have
   const OutputTable table(dir / "predABP.tab");
-  EXPECT_EQ(table.text(32, "CLUST_N"), "0");
-  EXPECT_EQ(table.text(32, "CLUST_1_PER"), "0.000");
-  EXPECT_EQ(table.text(32, "CS_CNT5"), "5");
+  EXPECT_EQ(table.texts(32, "CLUST_N CLUST_1_PER CS_CNT5"), "0 0.000 5");
   EXPECT_EQ(table.text(10, "CS_CNT_R2"), "1");
-  EXPECT_EQ(table.text(13, "CLUST_N"), "1");
-  EXPECT_EQ(table.text(13, "CLUST_1_PER"), "1.000");
+  EXPECT_EQ(table.texts(13, "CLUST_N CLUST_1_PER"), "1 1.000");
   EXPECT_EQ(run.clusterInfo.at(13).seed(1), 96);
   EXPECT_NEAR(run.phiPsiBoxProb.at(13).at(96), 0.88, 1e-6);
 
@@ -149,12 +146,6 @@ TEST_F(NetworkStages, BoxTableLayout) {
     EXPECT_NE(text.find(part), std::string::npos) << part;
 }
 
-std::string rowText(const OutputTable& table, int resid) {
-  std::string text = table.text(resid, "Q_H");
-  for (const char* column : {"Q_E", "Q_L", "CONFIDENCE", "SS_CLASS"}) text += ' ' + table.text(resid, column);
-  return text;
-}
-
 TEST_F(NetworkStages, SecondaryStructureNetworkByMissingShifts) {
   makeChain(50, {{6, 4}, {12, 4}, {13, 5}, {20, 3}});
   for (int r = 1; r <= 50; ++r) run.annResidueInputs[r] = std::vector<double>(32, 0.0);
@@ -175,9 +166,9 @@ TEST_F(NetworkStages, SecondaryStructureNetworkByMissingShifts) {
                                             {3, "0.200 0.200 0.600 0.40 c"},   // cut end of the range
                                             {46, "0.200 0.200 0.600 0.40 c"},  // outside the range
                                             {1, "0.200 0.200 0.600 0.40 c"}};
-  for (const auto& [r, row] : expected) EXPECT_EQ(rowText(table, r), row) << r;
-  EXPECT_EQ(table.text(12, "CS_CNT"), "9");
-  EXPECT_EQ(table.text(12, "CS_CNT_R2"), "2");
+  for (const auto& [r, row] : expected)
+    EXPECT_EQ(table.texts(r, "Q_H Q_E Q_L CONFIDENCE SS_CLASS"), row) << r;
+  EXPECT_EQ(table.texts(12, "CS_CNT CS_CNT_R2"), "9 2");
   EXPECT_EQ(table.text(31, "RESNAME"), "?");
   EXPECT_EQ(table.residues().size(), 49U);  // no row for 32, whose code is empty
   // Fifty residues fill one block; a second one follows without residues.

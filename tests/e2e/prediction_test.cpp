@@ -99,12 +99,7 @@ TEST_F(Prediction, OtherTablesOfTheSyntheticHelix) {
                {s2, 6, "S2", "0.872"},
                {chi1, 12, "Q_Gm Q_Gp Q_T CLASS CHI1 DCHI1", "0.900 0.040 0.060 g- -60.0 7.9"},
                {chi1, 22, "Q_T CLASS CHI1", "0.000 na 9999.0"}};
-  for (const auto& c : cases) {
-    std::string cells;
-    for (const std::string& column : support::split(c.columns))
-      cells += (cells.empty() ? "" : " ") + c.table.text(c.resid, column);
-    EXPECT_EQ(cells, c.cells) << c.columns;
-  }
+  for (const auto& c : cases) EXPECT_EQ(c.table.texts(c.resid, c.columns), c.cells) << c.columns;
   EXPECT_EQ(ss.data.at(2), "DATA PREDICTED_SS LHHHHHHHHH HHHHHHHHHH HHHHHL");
   EXPECT_EQ(ss.data.at(3), "DATA CONFIDENCE   0333333333 3333333333 333330");
   EXPECT_EQ(chi1.residues(), (std::vector<int>{12, 22}));
@@ -162,7 +157,7 @@ TEST_F(Prediction, GapsInTheShifts) {
   // Two in a row: too little for the search; the secondary structure comes from the sequence.
   const OutputTable pred = table("pred.tab");
   EXPECT_EQ(pred.text(6, "CLASS") + pred.text(7, "CLASS") + pred.text(8, "CLASS"), "StrongNoneNone");
-  EXPECT_EQ(pred.text(7, "PHI") + ' ' + pred.text(7, "S2"), "9999.000 0.000");
+  EXPECT_EQ(pred.texts(7, "PHI S2"), "9999.000 0.000");
   EXPECT_EQ(table("predSS.tab").text(7, "SS_CLASS"), "c");
 }
 

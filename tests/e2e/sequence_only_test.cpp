@@ -55,8 +55,7 @@ TEST(SequenceOnly, ProfilesAreReadAsFarAsTheyGo) {
     for (std::size_t i = 0; i < ss.rows.size(); ++i) {
       const int resid = 10 + static_cast<int>(i);
       const bool tryptophan = ss.text(resid, "SS_CLASS") == "h";
-      EXPECT_EQ(ss.text(resid, "Q_H") + ' ' + ss.text(resid, "Q_E") + ' ' + ss.text(resid, "CONFIDENCE"),
-                tryptophan ? "0.850 0.100 0.75" : "0.050 0.750 0.55");
+      EXPECT_EQ(ss.texts(resid, "Q_H Q_E CONFIDENCE"), tryptophan ? "0.850 0.100 0.75" : "0.050 0.750 0.55");
     }
     EXPECT_EQ(ss.rows.size(), c.classes.size() - (c.classes.size() > 10 ? 1 : 0));
   }

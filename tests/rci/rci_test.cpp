@@ -3,6 +3,7 @@
 
 #include <cmath>
 
+#include "ann/weight_files.h"
 #include "driver/ORBEL.h"
 #include "rci/RCI.h"
 #include "support/capture.h"
@@ -73,12 +74,7 @@ std::vector<double> flexibility(const Input& input) {
   return values;
 }
 
-void expectNear(const std::vector<double>& actual, const std::vector<double>& expected,
-                const std::string& what) {
-  ASSERT_EQ(actual.size(), expected.size()) << what;
-  for (std::size_t i = 0; i < expected.size(); ++i)
-    EXPECT_NEAR(actual[i], expected[i], 2e-6) << what << " [" << i << ']';
-}
+constexpr double kTolerance = 2e-6;
 
 /// The N-terminal correction depends on the numbering: whole, one residue, none, and from residue 1 on.
 TEST(RandomCoilIndex, ChainsByTheirFirstResidueNumber) {
@@ -90,7 +86,7 @@ TEST(RandomCoilIndex, ChainsByTheirFirstResidueNumber) {
                                  0.000008, 0.268236, 0.440047, 0.574259, 0.589949};
   for (auto [first, values] : expected) {
     values.insert(values.end(), rest.begin(), rest.end());
-    expectNear(flexibility(makeInput(first)), values, std::to_string(first));
+    support::expectNear(flexibility(makeInput(first)), values, std::to_string(first), kTolerance);
   }
 }
 
@@ -98,7 +94,8 @@ TEST(RandomCoilIndex, ChainsOfFewerThanFourResidues) {
   const std::vector<std::vector<double>> expected{
       {0.108555}, {0.112290, 0.112290}, {0.418970, 0.444887, 0.465268}};
   for (int n = 1; n <= 3; ++n)
-    expectNear(flexibility(makeInput(1, n)), expected[static_cast<std::size_t>(n - 1)], std::to_string(n));
+    support::expectNear(flexibility(makeInput(1, n)), expected[static_cast<std::size_t>(n - 1)],
+                        std::to_string(n), kTolerance);
   EXPECT_TRUE(flexibility({}).empty());
 }
 

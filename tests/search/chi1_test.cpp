@@ -28,13 +28,7 @@ TEST(Chi1Rotamer, Boundaries) {
   for (const auto& [chi1, name] : cases) EXPECT_EQ(ORBEL::getChi1Rotamer(chi1), name) << chi1;
 }
 
-std::string rowText(const OutputTable& table, int resid) {
-  std::string text;
-  for (const char* column : {"RESNAME", "CS_COUNT", "Q_Gm", "Q_Gp", "Q_T", "CLASS", "CHI1", "DCHI1"}) {
-    text += (text.empty() ? "" : " ") + table.text(resid, column);
-  }
-  return text;
-}
+const std::string kColumns = "RESNAME CS_COUNT Q_Gm Q_Gp Q_T CLASS CHI1 DCHI1";
 
 /// A run whose chi1.tab gives type L the weights 10, 9 .. 0 by bin, V 100 times the bin, and others rows.
 class Chi1Table : public testing::Test {
@@ -78,7 +72,6 @@ TEST_F(Chi1Table, RowsClassesAndAngles) {
   run.sameTypeChi1[5] = {-60};
   const OutputTable table = write();
   EXPECT_EQ(table.residues(), (std::vector<int>{1, 5, 6, 7, 8, 9, 10, 11}));  // no A, G, P
-  // RESNAME, CS_COUNT, Q_Gm, Q_Gp, Q_T, CLASS, CHI1, DCHI1
   const std::pair<int, const char*> rows[] = {
       {1, "L 15 0.087 0.870 0.043 g+ 60.0 14.1"},
       {5, "c 18 0.000 0.600 0.400 g+ 9999.0 0.0"},  // no g+ among its chi1 values
@@ -88,7 +81,7 @@ TEST_F(Chi1Table, RowsClassesAndAngles) {
       {9, "? 18 0.333 0.333 0.333 na 9999.0 9999.0"},   // never searched
       {10, "X 18 0.000 0.000 0.000 na 9999.0 9999.0"},  // not in chi1.tab
       {11, "K 18 0.600 0.400 0.000 na 9999.0 9999.0"}};
-  for (const auto& [resid, row] : rows) EXPECT_EQ(rowText(table, resid), row) << resid;
+  for (const auto& [resid, row] : rows) EXPECT_EQ(table.texts(resid, kColumns), row) << resid;
   EXPECT_EQ(run.sameTypeChi1.size(), 2U);
 }
 
@@ -97,7 +90,7 @@ TEST_F(Chi1Table, ValineIsNamed120DegreesLower) {
   scores(1, 0.0, 0.1, 0.55);  // slot g+ from t: 32, g- from g+: 2, t from g-: 1
   run.sameTypeChi1[1] = {180, 60, -60, -175, 999};
   const OutputTable table = write();
-  EXPECT_EQ(rowText(table, 1), "V 18 0.057 0.914 0.029 g+ 62.5 3.5");
+  EXPECT_EQ(table.texts(1, kColumns), "V 18 0.057 0.914 0.029 g+ 62.5 3.5");
   EXPECT_EQ(run.sameTypeChi1[1], (Values{60, -60, -180, 65, 9999}));
   EXPECT_EQ(run.sameTypeChi1.count(2), 0U);
 

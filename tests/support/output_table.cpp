@@ -34,6 +34,12 @@ std::string OutputTable::text(int resid, const std::string& column) const {
   return kNoCell;
 }
 
+std::string OutputTable::texts(int resid, const std::string& names) const {
+  std::string cells;
+  for (const std::string& name : split(names)) cells += (cells.empty() ? "" : " ") + text(resid, name);
+  return cells;
+}
+
 double OutputTable::number(int resid, const std::string& column) const {
   const std::string cell = text(resid, column);
   return cell == kNoCell ? std::nan("") : std::stod(cell);
