@@ -1,9 +1,6 @@
 // Clustering of box distributions and the prior of the boxes.
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cmath>
-
 #include "ann/box_prior.h"
 #include "driver/ORBEL.h"
 

@@ -1,5 +1,4 @@
 // What each option changes, seen through the output.
-#include <cmath>
 #include <set>
 
 #include "support/helix_run.h"

@@ -1,9 +1,6 @@
 // Ranking, cuts and filters of the two search passes on small databases.
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cmath>
-
 #include "search/search_fixture.h"
 #include "support/capture.h"
 

@@ -16,7 +16,6 @@
 #include <set>
 #include <string>
 #include <utility>
-#include <vector>
 
 #include "support/process.h"
 

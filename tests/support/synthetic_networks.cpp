@@ -1,7 +1,6 @@
 // The network weight tables of the synthetic installation: constant outputs, or one switch on one input.
 #include "support/synthetic_networks.h"
 
-#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <fstream>

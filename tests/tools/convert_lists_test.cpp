@@ -9,7 +9,6 @@ namespace {
 
 using support::Converted;
 using support::convertString;
-using support::replaced;
 using support::with;
 
 using Rows = std::vector<std::string>;
