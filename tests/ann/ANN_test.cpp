@@ -12,6 +12,8 @@ namespace {
 using support::constants;
 using support::expectNear;
 using support::identity;
+using support::joined;
+using support::MemberRows;
 using support::picking;
 using support::writeLevel;
 using support::writeWeights;
@@ -21,11 +23,10 @@ class AnnTest : public testing::Test {
   std::string stem(const std::string& name) const { return (dir / name).string(); }
   /// A network of constant outputs; the widths of its windows are free.
   ANN constantNetwork(std::size_t inputs1, std::size_t inputs2) const {
-    const std::vector<double> out{0.5, 0.3, 0.1};
-    writeLevel(stem("net.level1"), constants(inputs1, std::vector<double>(inputs1, 0.0)),
-               constants(inputs1, {0.0}), std::vector<support::MemberRows>(3, constants(1, out)));
-    writeLevel(stem("net.level2"), constants(inputs2, std::vector<double>(inputs2, 0.0)),
-               constants(inputs2, {0.0}), std::vector<support::MemberRows>(3, constants(1, out)));
+    for (const auto& [level, inputs] : {std::pair("net.level1", inputs1), std::pair("net.level2", inputs2)}) {
+      writeLevel(stem(level), constants(inputs, std::vector<double>(inputs, 0.0)), constants(inputs, {0.0}),
+                 std::vector<MemberRows>(3, constants(1, {0.5, 0.3, 0.1})));
+    }
     return ANN(static_cast<int>(inputs1), 1, 3, static_cast<int>(inputs2), 1, 3, dir.path.string(), "net");
   }
   support::TempDir dir;
@@ -38,12 +39,6 @@ ResidueVectors numbered(const std::vector<int>& residues, int entries) {
     for (int i = 0; i < entries; ++i) vectors[k].push_back(100.0 * k + i);
   }
   return vectors;
-}
-
-std::vector<double> joined(const std::vector<std::vector<double>>& parts) {
-  std::vector<double> all;
-  for (const auto& part : parts) all.insert(all.end(), part.begin(), part.end());
-  return all;
 }
 
 std::vector<int> keys(const ResidueVectors& vectors) {
@@ -88,26 +83,23 @@ TEST_F(AnnTest, FiveResidueWindowsCarryPresenceFlags) {
   const std::vector<double> fill = network.level1Outputs.at(10);
   const std::vector<double> out = network.level1Outputs.at(12);
   EXPECT_EQ(network.level2Inputs.at(13), joined({present, out, present, out, out, present, fill, noOutput}));
-}
 
-TEST_F(AnnTest, FiveResidueWindowsNeedUnbrokenNumbering) {
-  const ResidueVectors input = numbered({1, 2, 3, 4, 6, 7}, 32);
-  ANN network = constantNetwork(164, 19);
-  network.set_input_code(5);
-  network.runANN(input);
-  EXPECT_EQ(keys(network.level1Inputs), (std::vector<int>{2}));
-  EXPECT_EQ(keys(network.level2Outputs), (std::vector<int>{1, 2, 3, 4, 6, 7}));
+  ANN broken = constantNetwork(164, 19);
+  broken.set_input_code(5);
+  broken.runANN(numbered({1, 2, 3, 4, 6, 7}, 32));  // five residues need unbroken numbering
+  EXPECT_EQ(keys(broken.level1Inputs), (std::vector<int>{2}));
+  EXPECT_EQ(keys(broken.level2Outputs), (std::vector<int>{1, 2, 3, 4, 6, 7}));
 }
 
 /// One value per residue; members differ in the biases of their outputs.
 TEST_F(AnnTest, TwoLevelsWithConfidenceWeightedMembers) {
   const std::vector<std::vector<double>> memberBias{{0.0, 0.2, 0.1}, {0.3, 0.0, 0.1}, {0.0, 0.0, 0.9}};
-  std::vector<support::MemberRows> outputs;
+  std::vector<MemberRows> outputs;
   for (const auto& bias : memberBias) outputs.push_back(picking(1, {0, 0, 0}, bias));
   for (auto& rows : outputs) rows[1][0] = rows[2][0] = 0.0;  // only helix follows the input
   writeLevel(stem("two.level1"), identity(3), picking(3, {1}, {0.1}, 2.0), outputs);
   writeLevel(stem("two.level2"), identity(9), picking(9, {3, 4, 5}, {0.0, 0.0, 0.0}),
-             std::vector<support::MemberRows>(3, identity(3)));
+             std::vector<MemberRows>(3, identity(3)));
   ANN network(3, 1, 3, 9, 3, 3, dir.path.string(), "two");
   network.runANN({{1, {0.7}}, {2, {0.25}}, {3, {0.4}}, {4, {0.6}}});
 
@@ -138,17 +130,13 @@ TEST_F(AnnTest, TwoLevelsWithConfidenceWeightedMembers) {
 }
 
 TEST_F(AnnTest, TooFewResiduesGiveZeros) {
-  for (const auto& input : {numbered({7}, 1), numbered({7, 8}, 1)}) {
+  for (const auto& input : {ResidueVectors{}, numbered({7}, 1), numbered({7, 8}, 1)}) {
     ANN network = constantNetwork(3, 9);
     network.runANN(input);
     EXPECT_TRUE(network.level1Inputs.empty());
-    for (const auto& [resid, output] : network.level2Outputs)
-      EXPECT_EQ(output, (std::vector<double>(3, 0.0)));
-    EXPECT_EQ(network.level2Outputs.size(), input.size());
+    EXPECT_EQ(keys(network.level2Outputs), keys(input));
+    for (const auto& entry : network.level2Outputs) EXPECT_EQ(entry.second, (std::vector<double>(3, 0.0)));
   }
-  ANN network = constantNetwork(3, 9);
-  network.runANN({});
-  EXPECT_TRUE(network.level2Outputs.empty());
 }
 
 TEST(AnnStatistics, ConfidenceMeanAndNormalisation) {
@@ -195,30 +183,30 @@ TEST_F(AnnTest, WeightFileBlocksColumnsAndExtraRows) {
 
 using AnnDeathTest = AnnTest;
 
-std::string inconsistent(const std::string& sizes, const std::string& units) {
-  return " ANN prediction failed with inconsistent data!\n inp\\.size\\(\\):" + sizes +
-         "\n w\\.size\\(\\):" + units + "\n";
-}
-
 TEST_F(AnnDeathTest, InconsistentLayersEndTheProcess) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
-  const ResidueVectors input = numbered({1, 2, 3}, 1);
-  ANN good = constantNetwork(3, 9);
-  ANN absent(3, 1, 3, 9, 1, 3, dir.path.string(), "absent");
-  EXPECT_EXIT(absent.runANN(input), testing::ExitedWithCode(0),
-              inconsistent("3 w\\[0\\]\\.size\\(\\):0", "1 b\\.size\\(\\):0"));
-  EXPECT_EXIT(good.runANN(numbered({1, 2, 3}, 2)), testing::ExitedWithCode(0),
-              inconsistent("6 w\\[0\\]\\.size\\(\\):3", "3 b\\.size\\(\\):3"));
-  // Two of three units in the second block: the layer stands, the next one does not fit its outputs.
-  writeWeights(dir / "net.level1.WI.tab", {constants(3, {0.0, 0.0, 0.0}), constants(3, {0.0, 0.0})});
-  ANN partial(3, 1, 3, 9, 1, 3, dir.path.string(), "net");
-  EXPECT_EXIT(partial.runANN(input), testing::ExitedWithCode(0),
-              inconsistent("2 w\\[0\\]\\.size\\(\\):3", "1 b\\.size\\(\\):1"));
-  // A single block leaves the second member without any unit.
-  writeWeights(dir / "net.level1.WI.tab", {constants(3, {0.0, 0.0, 0.0})});
-  ANN single(3, 1, 3, 9, 1, 3, dir.path.string(), "net");
-  EXPECT_EXIT(single.runANN(input), testing::ExitedWithCode(0),
-              inconsistent("3 w\\[0\\]\\.size\\(\\):0", "1 b\\.size\\(\\):0"));
+  const MemberRows three = constants(3, {0.0, 0.0, 0.0}), two = constants(3, {0.0, 0.0});
+  const struct {
+    const char* network;
+    int entries;  ///< of each residue's input
+    std::vector<MemberRows> firstLayer;
+    int input, weights, units, biases;
+  } cases[] = {{"absent", 1, {three, three, three}, 3, 0, 1, 0},
+               {"net", 2, {three, three, three}, 6, 3, 3, 3},
+               // Two of three units in the second block: the layer stands, the next one does not fit it.
+               {"net", 1, {three, two}, 2, 3, 1, 1},
+               // A single block leaves the second member without any unit.
+               {"net", 1, {three}, 3, 0, 1, 0}};
+  constantNetwork(3, 9);
+  for (const auto& c : cases) {
+    writeWeights(dir / "net.level1.WI.tab", c.firstLayer);
+    ANN network(3, 1, 3, 9, 1, 3, dir.path.string(), c.network);
+    EXPECT_EXIT(network.runANN(numbered({1, 2, 3}, c.entries)), testing::ExitedWithCode(0),
+                " ANN prediction failed with inconsistent data!\n inp\\.size\\(\\):" +
+                    std::to_string(c.input) + " w\\[0\\]\\.size\\(\\):" + std::to_string(c.weights) +
+                    "\n w\\.size\\(\\):" + std::to_string(c.units) +
+                    " b\\.size\\(\\):" + std::to_string(c.biases) + "\n");
+  }
 }
 
 }  // namespace

@@ -12,6 +12,7 @@ namespace {
 using support::constants;
 using support::expectNear;
 using support::identity;
+using support::joined;
 using support::picking;
 
 // Half width 1: 62 = 2 blocks of 21 and the centre's 20 values; 11 = 2 blocks of 4 and 3 values.
@@ -40,13 +41,6 @@ std::vector<double> block(double flag, double value, std::size_t n) {
   return result;
 }
 
-std::vector<double> joined(std::vector<double> a, const std::vector<double>& b,
-                           const std::vector<double>& c) {
-  a.insert(a.end(), b.begin(), b.end());
-  a.insert(a.end(), c.begin(), c.end());
-  return a;
-}
-
 /// Both tanh layers and the scaling to the sum 1 of level 2.
 std::vector<double> level2Of(std::vector<double> values) {
   double sum = 0.0;
@@ -59,17 +53,15 @@ TEST_F(SsannTest, WindowsBeyondTheChainEndsAndKnownContext) {
   SSANN seq = network({{0.5, 0.3, 0.1}, {0.5, 0.3, 0.1}, {0.5, 0.3, 0.1}});
   seq.setKNOWN_SS({{2, {0.1, 0.8, 0.1}}, {3, {0.0, 0.0, 0.0}}, {5, {0.0, 0.0, 0.7}}});
   seq.runANN(profiles({1, 2, 3, 4}));
-  EXPECT_EQ(seq.level1Inputs.at(1), joined(block(1, 0, 20), std::vector<double>(20, 1.0), block(0, 2, 20)));
-  EXPECT_EQ(seq.level1Inputs.at(4), joined(block(0, 3, 20), std::vector<double>(20, 4.0), block(1, 0, 20)));
+  EXPECT_EQ(seq.level1Inputs.at(1), joined({block(1, 0, 20), std::vector<double>(20, 1.0), block(0, 2, 20)}));
+  EXPECT_EQ(seq.level1Inputs.at(4), joined({block(0, 3, 20), std::vector<double>(20, 4.0), block(1, 0, 20)}));
 
   const std::vector<double> output = seq.level1Outputs.at(3);
   expectNear(output, {0.5, 0.3, 0.1}, "level 1");
   // Residue 2 is known, 3 is all zero and thus unknown; 5 lies outside, but is known.
-  EXPECT_EQ(seq.level2Inputs.at(1), joined({1, 0, 0, 0}, output, {0.0, 0.1, 0.8, 0.1}));
-  EXPECT_EQ(seq.level2Inputs.at(2), joined({0.0, output[0], output[1], output[2]}, {0.1, 0.8, 0.1},
-                                           {0.0, output[0], output[1], output[2]}));
-  EXPECT_EQ(seq.level2Inputs.at(4),
-            joined({0.0, output[0], output[1], output[2]}, output, {0.0, 0.0, 0.0, 0.7}));
+  EXPECT_EQ(seq.level2Inputs.at(1), joined({{1, 0, 0, 0}, output, {0.0, 0.1, 0.8, 0.1}}));
+  EXPECT_EQ(seq.level2Inputs.at(2), joined({{0.0}, output, {0.1, 0.8, 0.1}, {0.0}, output}));
+  EXPECT_EQ(seq.level2Inputs.at(4), joined({{0.0}, output, output, {0.0, 0.0, 0.0, 0.7}}));
   expectNear(seq.level2Outputs.at(2), level2Of({0.1, 0.8, 0.1}), "known centre");
   expectNear(seq.level2Outputs.at(3), level2Of({0.5, 0.3, 0.1}), "unknown centre");
 }

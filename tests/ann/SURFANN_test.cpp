@@ -14,11 +14,6 @@ using support::expectNear;
 using support::identity;
 using support::picking;
 
-class SurfannTest : public testing::Test {
- protected:
-  support::TempDir dir;
-};
-
 /// Two boxes: the first follows the centre residue, the second tells the members apart (0.1, 0.2, 0.6).
 std::vector<support::MemberRows> twoBoxes() {
   std::vector<support::MemberRows> members;
@@ -29,38 +24,41 @@ std::vector<support::MemberRows> twoBoxes() {
   return members;
 }
 
+class SurfannTest : public testing::Test {
+ protected:
+  SURFANN network() const {
+    support::writeLevel((dir / "surf.level1").string(), identity(5), picking(5, {2}, {0.0}), twoBoxes());
+    // Level 2 reads the first box of the residue two after the centre.
+    support::writeLevel((dir / "surf.level2").string(), identity(10), picking(10, {8}, {0.0}), twoBoxes());
+    return SURFANN(5, 1, 2, 10, 1, 2, dir.path.string(), "surf");
+  }
+  support::TempDir dir;
+};
+
 TEST_F(SurfannTest, TwoLevelsKeepTheMeanWhereTheWindowIsIncomplete) {
-  support::writeLevel((dir / "surf.level1").string(), identity(5), picking(5, {2}, {0.0}), twoBoxes());
-  // Level 2 reads the first box of the residue two after the centre.
-  support::writeLevel((dir / "surf.level2").string(), identity(10), picking(10, {8}, {0.0}), twoBoxes());
-  SURFANN network(5, 1, 2, 10, 1, 2, dir.path.string(), "surf");
-  EXPECT_EQ(network.inputCode, 5);
+  SURFANN surf = network();
+  EXPECT_EQ(surf.inputCode, 5);
   ResidueVectors input;
   for (const int k : {1, 2, 3, 4, 5, 6, 8, 9}) input[k] = {0.1 * k};
-  network.runANN(input);
+  surf.runANN(input);
 
   const auto twice = [](double x) { return std::tanh(std::tanh(x)); };
   // Complete windows: 3 and 4. Residues 5 and 6 lie beside the gap, 2 and 8 have no second neighbour.
-  ASSERT_EQ(network.level2Inputs.size(), 2U);
+  ASSERT_EQ(surf.level2Inputs.size(), 2U);
   const double mean = (twice(0.3) + twice(0.4)) / 2.0;
-  for (const int k : {1, 2, 5, 6, 8, 9})
-    expectNear(network.level2Outputs.at(k), {mean, 0.3}, std::to_string(k));
-  expectNear(network.level1Outputs.at(4), {twice(0.4), 0.3}, "level 1");
-  expectNear(network.level2Outputs.at(3), {twice(mean), 0.3}, "reads residue 5");
-  EXPECT_EQ(network.level2Inputs.at(3).size(), 10U);
+  for (const int k : {1, 2, 5, 6, 8, 9}) expectNear(surf.level2Outputs.at(k), {mean, 0.3}, std::to_string(k));
+  expectNear(surf.level1Outputs.at(4), {twice(0.4), 0.3}, "level 1");
+  expectNear(surf.level2Outputs.at(3), {twice(mean), 0.3}, "reads residue 5");
+  EXPECT_EQ(surf.level2Inputs.at(3).size(), 10U);
 }
 
 TEST_F(SurfannTest, WithoutAnyWindowTheResultIsZero) {
-  support::writeLevel((dir / "surf.level1").string(), identity(5), picking(5, {2}, {0.0}), twoBoxes());
-  support::writeLevel((dir / "surf.level2").string(), identity(10), picking(10, {8}, {0.0}), twoBoxes());
-  SURFANN network(5, 1, 2, 10, 1, 2, dir.path.string(), "surf");
-  network.runANN({{1, {0.5}}, {2, {0.5}}, {3, {0.5}}, {4, {0.5}}});
-  ASSERT_EQ(network.level2Outputs.size(), 4U);
-  for (const auto& [resid, output] : network.level2Outputs)
-    EXPECT_EQ(output, (std::vector<double>{0.0, 0.0}));
-  SURFANN empty(5, 1, 2, 10, 1, 2, dir.path.string(), "surf");
-  empty.runANN({});
-  EXPECT_TRUE(empty.level2Outputs.empty());
+  for (const ResidueVectors& input : {ResidueVectors{{1, {0.5}}, {2, {0.5}}, {3, {0.5}}, {4, {0.5}}}, {}}) {
+    SURFANN surf = network();
+    surf.runANN(input);
+    ASSERT_EQ(surf.level2Outputs.size(), input.size());
+    for (const auto& entry : surf.level2Outputs) EXPECT_EQ(entry.second, (std::vector<double>{0.0, 0.0}));
+  }
 }
 
 TEST_F(SurfannTest, OneLevelPredictsNextToTheEndsThroughAbsentResidues) {

@@ -5,7 +5,7 @@
 
 #include "ann/CHI1ANN.h"
 #include "ann/weight_files.h"
-#include "driver/ORBEL.h"
+#include "search/search_fixture.h"
 
 namespace {
 
@@ -15,21 +15,18 @@ using support::picking;
 class Chi1Test : public testing::Test {
  protected:
   Chi1Test() {
-    const std::vector<float> chi1{60.0F, -60.0F, 180.0F, 9999.0F, -60.0F, 30.0F};
-    run.fragmentDatabase = std::make_unique<DB>();
-    DB& db = *run.fragmentDatabase;
-    db.entryCount = static_cast<std::int32_t>(chi1.size());
-    db.dbAngles = std::make_unique<float[]>(chi1.size() * 3);
-    db.dbShifts = std::make_unique<float[]>(chi1.size() * 12);
-    for (std::size_t j = 0; j < chi1.size(); ++j) {
-      db.dbAngles[3 * j] = -90.0F;
-      db.dbAngles[3 * j + 1] = 150.0F;
-      db.dbAngles[3 * j + 2] = chi1[j];
+    std::vector<search_test::DbResidue> entries;
+    for (const float chi1 : {60.0F, -60.0F, 180.0F, 9999.0F, -60.0F, 30.0F}) {
+      search_test::DbResidue& entry = entries.emplace_back();
+      entry.phi = -90.0F;
+      entry.psi = 150.0F;
+      entry.chi1 = chi1;
       for (std::size_t a = 0; a < 6; ++a) {
-        db.dbShifts[12 * j + 2 * a] = static_cast<float>(10 * j + a);
-        db.dbShifts[12 * j + 2 * a + 1] = a == 4 ? 0.0F : 2.0F;
+        entry.shifts[2 * a] = static_cast<float>(10 * (entries.size() - 1) + a);
+        entry.shifts[2 * a + 1] = a == 4 ? 0.0F : 2.0F;
       }
     }
+    search_test::installDatabase(run, entries);
     run.firstResidOption = 7;
     run.lastResidOption = 9;
     run.secondaryShift = {{1, 2, 3, 4, 5, 6}, {0, 999, 9999, 0, 0, 0.5}, {1, 1, 1, 1, 1, 1}};
@@ -86,22 +83,6 @@ TEST_F(Chi1Test, TypesWithoutANetworkAndOxidisedCysteine) {
   makeNetwork('C');
   run.evalChi1WithANN(9, fragments);
   EXPECT_NEAR(fragments.begin()->first, std::tanh(std::tanh(-std::sqrt(3.0) / 2.0)), 1e-6);
-}
-
-TEST_F(Chi1Test, WeightsAreReadOnceAndMissingOnesEndTheProcess) {
-  makeNetwork('V');
-  CHI1ANN& network = *run.chi1Networks.at('V');
-  EXPECT_EQ(network.weightsLoaded, 0);
-  std::vector<double> input(39, 0.0);
-  EXPECT_EQ(network.runANNLevel1(input), 0.0F);
-  EXPECT_EQ(network.weightsLoaded, 1);
-  std::filesystem::remove(dir / "chi1_V.level1.WI.tab");
-  input[17] = 1.0;
-  EXPECT_NEAR(network.runANNLevel1(input), std::tanh(std::tanh(1.0)), 1e-6);
-
-  GTEST_FLAG_SET(death_test_style, "threadsafe");
-  CHI1ANN absent(39, 15, 1, dir.path.string(), "chi1_W");
-  EXPECT_EXIT(absent.runANNLevel1(input), testing::ExitedWithCode(0), " w\\.size\\(\\):1 b\\.size\\(\\):0\n");
 }
 
 }  // namespace

@@ -1,9 +1,6 @@
 // Clustering of box distributions and the prior of the boxes.
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cmath>
-
 #include "ann/box_prior.h"
 #include "driver/ORBEL.h"
 
@@ -48,19 +45,17 @@ TEST(BoxClusters, SeedNeighboursNeededAndMemberOrder) {
 }
 
 TEST(BoxClusters, DistancesWrapOnBothAxes) {
-  struct Case {
+  const struct {
     const char* name;
     std::vector<int> boxes;
     int clusters;
-  };
-  const std::vector<Case> cases{
-      {"corners", {0, 17, 306, 323, 1, 18}, 1},
-      {"phi edge", {5, 23, 41, 311, 293, 275}, 1},
-      {"psi edge", {90, 91, 92, 107, 106, 105}, 1},
-      {"six apart", {0, 1, 2, 3, 4, 6}, 1},
-      {"seven apart", {0, 1, 2, 3, 4, 7}, 1},  // the middle boxes still see all others
-      {"diagonal 36 + 1", {0, 1, 2, 18, 19, 6 * 18 + 8}, 0}};
-  for (const Case& c : cases) {
+  } cases[] = {{"corners", {0, 17, 306, 323, 1, 18}, 1},
+               {"phi edge", {5, 23, 41, 311, 293, 275}, 1},
+               {"psi edge", {90, 91, 92, 107, 106, 105}, 1},
+               {"six apart", {0, 1, 2, 3, 4, 6}, 1},
+               {"seven apart", {0, 1, 2, 3, 4, 7}, 1},  // the middle boxes still see all others
+               {"diagonal 36 + 1", {0, 1, 2, 18, 19, 6 * 18 + 8}, 0}};
+  for (const auto& c : cases) {
     Boxes boxes;
     double value = 0.9;
     for (const int box : c.boxes) boxes.emplace_back(box, value -= 0.01);

@@ -1,11 +1,9 @@
 // The phi/psi and secondary structure stages on the synthetic networks, whose outputs are known numbers.
 #include <gtest/gtest.h>
 
-#include <cstring>
-#include <fstream>
-
 #include "ann/box_prior.h"
 #include "driver/ORBEL.h"
+#include "support/capture.h"
 #include "support/output_table.h"
 #include "support/process.h"
 #include "support/tables.h"
@@ -34,11 +32,13 @@ class NetworkStages : public testing::Test {
     for (const auto& [r, count] : missing) run.missingCount[r] = count;
     run.adjustedShiftTable = support::makeTable("RESID ATOMNAME SHIFT", "%d %s %f", {});
   }
+  void prepareInputs() {
+    run.annResidueInputs.clear();
+    support::captured([&] { run.prepareResidueInputs(); });
+  }
   /// Box 96 of each row: 0.880 full network, 0.900 hybrid, 0.000 none.
   std::map<int, std::string> helixBox() {
-    testing::internal::CaptureStdout();
-    run.runABP_Prediction();
-    output = testing::internal::GetCapturedStdout();
+    output = support::captured([&] { run.runABP_Prediction(); }).out;
     std::map<int, std::string> boxes;
     const OutputTable table(dir / "predABP.tab");
     for (const int r : table.residues()) boxes[r] = table.text(r, "Q_96");
@@ -69,27 +69,28 @@ TEST_F(NetworkStages, DistributionFollowsTheMissingShifts) {
   for (const auto& [resid, value] : expected) EXPECT_EQ(boxes.at(resid), value) << resid;
   EXPECT_FALSE(boxes.contains(1));  // selects the hybrid prediction, which the first residue does not have
   const OutputTable table(dir / "predABP.tab");
-  EXPECT_EQ(table.text(32, "CLUST_N"), "0");
-  EXPECT_EQ(table.text(32, "CLUST_1_PER"), "0.000");
-  EXPECT_EQ(table.text(32, "CS_CNT5"), "5");
+  EXPECT_EQ(table.texts(32, "CLUST_N CLUST_1_PER CS_CNT5"), "0 0.000 5");
   EXPECT_EQ(table.text(10, "CS_CNT_R2"), "1");
-  EXPECT_EQ(table.text(13, "CLUST_N"), "1");
-  EXPECT_EQ(table.text(13, "CLUST_1_PER"), "1.000");
+  EXPECT_EQ(table.texts(13, "CLUST_N CLUST_1_PER"), "1 1.000");
   EXPECT_EQ(run.clusterInfo.at(13).seed(1), 96);
   EXPECT_NEAR(run.phiPsiBoxProb.at(13).at(96), 0.88, 1e-6);
+
+  run.noProton = true;
+  const auto withoutProtons = helixBox();
+  EXPECT_NE(output.find("ANN prediction using 13C/15N parameters only ...\n"), std::string::npos);
+  EXPECT_EQ(withoutProtons.size(), 38U);  // the ends have no hybrid prediction
+  for (const auto& [r, value] : withoutProtons) EXPECT_EQ(value, r == 32 ? kZero : kHybrid) << r;
 }
 
 TEST_F(NetworkStages, EndsOfARangeInsideTheShifts) {
   makeChain(30, {});
   run.missingCount[0] = run.missingCount[31] = 0;
-  struct Case {
+  const struct {
     int first, last;
     std::map<int, std::string> expected;
-  };
-  const std::vector<Case> cases{
-      {1, 30, {{1, kFull}, {2, kHybrid}, {3, kFull}, {28, kFull}, {29, kHybrid}, {30, kFull}}},
-      {5, 20, {{5, kZero}, {6, kHybrid}, {7, kFull}, {18, kFull}, {19, kHybrid}, {20, kZero}}}};
-  for (const Case& c : cases) {
+  } cases[] = {{1, 30, {{1, kFull}, {2, kHybrid}, {3, kFull}, {28, kFull}, {29, kHybrid}, {30, kFull}}},
+               {5, 20, {{5, kZero}, {6, kHybrid}, {7, kFull}, {18, kFull}, {19, kHybrid}, {20, kZero}}}};
+  for (const auto& c : cases) {
     run.firstResidOption = c.first;
     run.lastResidOption = c.last;
     run.annResidueInputs.clear();
@@ -97,15 +98,6 @@ TEST_F(NetworkStages, EndsOfARangeInsideTheShifts) {
     for (const auto& [resid, value] : c.expected)
       EXPECT_EQ(boxes.at(resid), value) << c.first << ' ' << resid;
   }
-}
-
-TEST_F(NetworkStages, WithoutProtonsOnlyTheHybridNetwork) {
-  makeChain(12, {{6, 5}, {9, 6}});
-  run.noProton = true;
-  const auto boxes = helixBox();
-  EXPECT_NE(output.find("ANN prediction using 13C/15N parameters only ...\n"), std::string::npos);
-  for (int r = 2; r <= 11; ++r) EXPECT_EQ(boxes.at(r), kHybrid) << r;
-  EXPECT_EQ(boxes.size(), 10U);  // the ends have no hybrid prediction
 }
 
 TEST_F(NetworkStages, NetworkInputsOfAResidue) {
@@ -117,26 +109,21 @@ TEST_F(NetworkStages, NetworkInputsOfAResidue) {
       "%s %f %f %f %f %f %f %f %f %f %f %f %f", {"c -1 1 -5 5 -1 1 -3 3 -3 3 -3 3"});
   run.adjustedShiftTable = support::makeTable(
       "RESID ATOMNAME SHIFT", "%d %s %f", {"2 N 1.5", "2 HA 0.25", "2 C -7", "2 CA 0", "2 CB 9999", "2 H 4"});
-  testing::internal::CaptureStdout();
-  run.prepareResidueInputs();
-  testing::internal::GetCapturedStdout();
+  prepareInputs();
   std::vector<double> expected{1, 0, 1.5, 0, 0.25, 0, -3, 0, 0.001, 0, 0, 1};  // HN N HA C CA CB with flags
   for (int k = 0; k < 20; ++k) expected.push_back(k);
   EXPECT_EQ(run.annResidueInputs.at(2), expected);
 
   run.noProton = true;
   run.blosumScaled.erase("A");
-  run.annResidueInputs.clear();
-  testing::internal::CaptureStdout();
-  run.prepareResidueInputs();
-  testing::internal::GetCapturedStdout();
+  prepareInputs();
   expected[0] = expected[4] = 0.0;
   expected[1] = expected[5] = 1.0;
   EXPECT_EQ(run.annResidueInputs.at(2), expected);
   EXPECT_FALSE(run.annResidueInputs.contains(1));  // no residue type values
 }
 
-TEST_F(NetworkStages, BoxTableLayoutAndUnwritableFile) {
+TEST_F(NetworkStages, BoxTableLayout) {
   makeChain(5, {});
   run.sequenceCopy[3] = "ALA";
   helixBox();
@@ -152,20 +139,11 @@ TEST_F(NetworkStages, BoxTableLayoutAndUnwritableFile) {
       "REMARK    PSI=  160:   17   35   53   71   89  107  125  143  161  179  197  215  233  251  269  287  "
       "305  323 \n";
   EXPECT_EQ(text.substr(0, head.size()), head);
-  EXPECT_NE(text.find("REMARK    PSI= -180:    0   18 "), std::string::npos);
-  EXPECT_NE(text.find("306 \n\nVARS RESID RESNAME CS_CNT5 CS_CNT_R2 CLUST_N CLUST_1_PER Q_0 "),
-            std::string::npos);
-  EXPECT_NE(text.find("Q_323 \nFORMAT %4d %1s %2d %2d  %2d  %5.2f   %5.3f "), std::string::npos);
-  EXPECT_NE(text.find("%5.3f \n\n    2 A 24  6   1 1.000   0.000 0.000 "), std::string::npos);
-  EXPECT_NE(text.find("\n    3 ? 30  6 "), std::string::npos);
-
-  run.predPrefix = (dir / "absent" / "pred").string();
-  run.phiPsiBoxProb.clear();
-  testing::internal::CaptureStderr();
-  helixBox();
-  EXPECT_EQ(testing::internal::GetCapturedStderr(),
-            "\tCan't open file write file " + run.predPrefix + "ABP.tab !!!\n");
-  EXPECT_TRUE(run.phiPsiBoxProb.empty());
+  for (const char* part : {"REMARK    PSI= -180:    0   18 ",
+                           "306 \n\nVARS RESID RESNAME CS_CNT5 CS_CNT_R2 CLUST_N CLUST_1_PER Q_0 ",
+                           "Q_323 \nFORMAT %4d %1s %2d %2d  %2d  %5.2f   %5.3f ",
+                           "%5.3f \n\n    2 A 24  6   1 1.000   0.000 0.000 ", "\n    3 ? 30  6 "})
+    EXPECT_NE(text.find(part), std::string::npos) << part;
 }
 
 TEST_F(NetworkStages, SecondaryStructureNetworkByMissingShifts) {
@@ -179,24 +157,18 @@ TEST_F(NetworkStages, SecondaryStructureNetworkByMissingShifts) {
   run.runSS_Prediction();
   const OutputTable table(dir / "predSS.tab");
   // Shift network and five-residue network (0.5 0.1 0.4) averaged; 0.2 0.2 0.6 from sequence.
-  const std::map<int, std::vector<std::string>> expected{
-      {4, {"0.600", "0.150", "0.250", "0.35", "H"}},   // complete
-      {6, {"0.300", "0.450", "0.250", "0.15", "E"}},   // centre hidden
-      {7, {"0.350", "0.150", "0.500", "0.15", "L"}},   // previous hidden
-      {5, {"0.650", "0.100", "0.250", "0.40", "H"}},   // next hidden
-      {12, {"0.200", "0.200", "0.600", "0.40", "c"}},  // two in a row
-      {20, {"0.600", "0.150", "0.250", "0.35", "H"}},
-      {3, {"0.200", "0.200", "0.600", "0.40", "c"}},   // cut end of the range
-      {46, {"0.200", "0.200", "0.600", "0.40", "c"}},  // outside the range
-      {1, {"0.200", "0.200", "0.600", "0.40", "c"}}};
-  for (const auto& [r, cells] : expected) {
-    EXPECT_EQ((std::vector<std::string>{table.text(r, "Q_H"), table.text(r, "Q_E"), table.text(r, "Q_L"),
-                                        table.text(r, "CONFIDENCE"), table.text(r, "SS_CLASS")}),
-              cells)
-        << r;
-  }
-  EXPECT_EQ(table.text(12, "CS_CNT"), "9");
-  EXPECT_EQ(table.text(12, "CS_CNT_R2"), "2");
+  const std::map<int, std::string> expected{{4, "0.600 0.150 0.250 0.35 H"},   // complete
+                                            {6, "0.300 0.450 0.250 0.15 E"},   // centre hidden
+                                            {7, "0.350 0.150 0.500 0.15 L"},   // previous hidden
+                                            {5, "0.650 0.100 0.250 0.40 H"},   // next hidden
+                                            {12, "0.200 0.200 0.600 0.40 c"},  // two in a row
+                                            {20, "0.600 0.150 0.250 0.35 H"},
+                                            {3, "0.200 0.200 0.600 0.40 c"},   // cut end of the range
+                                            {46, "0.200 0.200 0.600 0.40 c"},  // outside the range
+                                            {1, "0.200 0.200 0.600 0.40 c"}};
+  for (const auto& [r, row] : expected)
+    EXPECT_EQ(table.texts(r, "Q_H Q_E Q_L CONFIDENCE SS_CLASS"), row) << r;
+  EXPECT_EQ(table.texts(12, "CS_CNT CS_CNT_R2"), "9 2");
   EXPECT_EQ(table.text(31, "RESNAME"), "?");
   EXPECT_EQ(table.residues().size(), 49U);  // no row for 32, whose code is empty
   // Fifty residues fill one block; a second one follows without residues.
@@ -205,104 +177,6 @@ TEST_F(NetworkStages, SecondaryStructureNetworkByMissingShifts) {
   EXPECT_EQ(table.data[2].substr(0, 29), "DATA PREDICTED_SS cccHHELHHH ");
   EXPECT_EQ(table.data[3].substr(0, 22), "DATA CONFIDENCE   4443");
   EXPECT_EQ(table.data[5], "DATA PREDICTED_SS ");
-}
-
-TEST_F(NetworkStages, SecondaryStructureAtTheEndsOfTheShifts) {
-  makeChain(20, {{0, 0}, {21, 0}});
-  run.shiftLastResid = 18;
-  for (int r = 1; r <= 20; ++r) run.annResidueInputs[r] = std::vector<double>(32, 0.0);
-  run.runSS_Prediction();
-  const OutputTable table(dir / "predSS.tab");
-  // All residues have a shift prediction; the ends count as undecided coil.
-  for (const int r : {1, 18}) {
-    EXPECT_EQ(table.text(r, "SS_CLASS"), "L") << r;
-    EXPECT_EQ(table.text(r, "Q_H") + table.text(r, "Q_E") + table.text(r, "Q_L"), "0.3330.3330.333") << r;
-    EXPECT_EQ(table.text(r, "CONFIDENCE"), "0.00") << r;
-  }
-  EXPECT_EQ(table.text(2, "SS_CLASS"), "H");
-  EXPECT_EQ(table.text(20, "SS_CLASS"), "c");  // the range ends before the shifts do
-
-  run.predPrefix = (dir / "absent" / "pred").string();
-  testing::internal::CaptureStderr();
-  run.runSS_Prediction();
-  EXPECT_EQ(testing::internal::GetCapturedStderr(),
-            "\tCan't open write file " + run.predPrefix + "SS.tab !!!\n");
-  EXPECT_EQ(run.ssSequencePrediction.size(), 20U);
-}
-
-TEST(DriverConfidence, LargestMinusSecond) {
-  EXPECT_EQ(ORBEL::getConfidence({}), 0.0);
-  EXPECT_DOUBLE_EQ(ORBEL::getConfidence({0.1, 0.2, 0.7}), 0.5);
-  EXPECT_EQ(ORBEL::getConfidence({1.0, 0.0, 0.0}), 1.0);
-}
-
-/// Checkpoint bytes: length field, letters, rows with 1 for one amino acid (in the order
-/// ARNDCQEGHILKMFPSTWYV).
-std::string checkpoint(std::int32_t length, const std::string& letters,
-                       const std::vector<std::size_t>& rows) {
-  std::string bytes(sizeof length, '\0');
-  std::memcpy(bytes.data(), &length, sizeof length);
-  bytes += letters;
-  for (const std::size_t position : rows) {
-    std::vector<double> row(20, 0.0);
-    row[position] = 1.0;
-    bytes.append(reinterpret_cast<const char*>(row.data()), row.size() * sizeof(double));
-  }
-  return bytes;
-}
-
-TEST_F(NetworkStages, SequenceOnlyPrediction) {
-  constexpr std::size_t kTrp = 17;
-  constexpr std::size_t kAla = 0;
-  struct Case {
-    const char* name;
-    std::string bytes, codes, classes;
-  };
-  const std::vector<Case> cases{{"complete", checkpoint(3, "GWA", {kAla, kTrp, kAla}), "GWA", "ehe"},
-                                {"cut inside a row", checkpoint(3, "GWA", {kTrp, kAla}) + "half", "GW", "he"},
-                                {"more rows than letters", checkpoint(1, "G", {kAla, kTrp}), "GX", "eh"},
-                                {"unprintable letter", checkpoint(2, "G\x01", {kAla, kAla}), "GX", "ee"},
-                                {"negative length", checkpoint(-5, "", {kTrp}), "X", "h"},
-                                {"length beyond the file", checkpoint(2147483647, "GW", {kAla}), "", ""},
-                                {"no row", checkpoint(2, "GW", {}), "", ""},
-                                {"empty", "", "", ""}};
-  support::writeFile(
-      dir / "in.tab",
-      "DATA FIRST_RESID 10\nDATA SEQUENCE AAA\nVARS RESID RESNAME ATOMNAME SHIFT\nFORMAT %4d %s %4s %8.3f\n\n"
-      "10 A CA 52.0\n");
-  run.inputFile = (dir / "in.tab").string();
-  run.blastCheckFile = (dir / "blast.chk").string();
-  for (const Case& c : cases) {
-    support::writeFile(run.blastCheckFile, c.bytes);
-    testing::internal::CaptureStdout();
-    run.runSeqSS_Prediction();
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "Secondary structure prediction ...\n");
-    const std::string text = support::readFile(dir / "predSS.tab");
-    EXPECT_NE(text.find("DATA FIRST_RESID 10\n\n\nDATA SEQUENCE     " + c.codes + "\nDATA PREDICTED_SS " +
-                        c.classes + "\n"),
-              std::string::npos)
-        << c.name << text;
-    EXPECT_EQ(OutputTable(dir / "predSS.tab").residues().size(), c.codes.size()) << c.name;
-  }
-  support::writeFile(run.blastCheckFile, cases[0].bytes);
-  testing::internal::CaptureStdout();
-  run.runSeqSS_Prediction();
-  testing::internal::GetCapturedStdout();
-  EXPECT_NE(support::readFile(dir / "predSS.tab").find("\n   11 W    0.850    0.100    0.050 0.75 h\n"),
-            std::string::npos);
-}
-
-TEST_F(NetworkStages, SequenceOnlyWithoutACheckpoint) {
-  testing::internal::CaptureStdout();
-  run.runSeqSS_Prediction();
-  testing::internal::GetCapturedStdout();
-  const std::string text = support::readFile(dir / "predSS.tab");
-  EXPECT_NE(
-      text.find("DATA FIRST_RESID 1\n\n\nDATA SEQUENCE     \nDATA PREDICTED_SS \nDATA CONFIDENCE   \n\nVARS"),
-      std::string::npos);
-  run.blastCheckFile = (dir / "absent.chk").string();
-  GTEST_FLAG_SET(death_test_style, "threadsafe");
-  EXPECT_EXIT(run.runSeqSS_Prediction(), testing::ExitedWithCode(255), "");
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdio>
+#include <numeric>
 #include <string>
 #include <vector>
 
@@ -31,8 +32,8 @@ inline MemberRows constants(std::size_t inputs, const std::vector<double>& biase
 }
 
 inline MemberRows identity(std::size_t n) {
-  std::vector<std::size_t> picks;
-  for (std::size_t i = 0; i < n; ++i) picks.push_back(i);
+  std::vector<std::size_t> picks(n);
+  std::iota(picks.begin(), picks.end(), 0);
   return picking(n, picks, std::vector<double>(n, 0.0));
 }
 
@@ -54,6 +55,12 @@ inline void writeWeights(const std::filesystem::path& file, const std::vector<Me
     }
   }
   writeFile(file, text);
+}
+
+inline std::vector<double> joined(const std::vector<std::vector<double>>& parts) {
+  std::vector<double> all;
+  for (const auto& part : parts) all.insert(all.end(), part.begin(), part.end());
+  return all;
 }
 
 /// One level: the same tanh layers for all members, an output layer for each.

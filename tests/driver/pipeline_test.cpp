@@ -2,12 +2,10 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <filesystem>
-#include <fstream>
 
 #include "driver/ORBEL.h"
 #include "driver/maps.h"
-#include "support/tables.h"
+#include "support/process.h"
 
 namespace {
 
@@ -58,18 +56,19 @@ TEST(SearchPrior, WeightsPenaltiesAndAmbiguity) {
 }
 
 TEST(SourceIndex, EntersEverySourceAlsoTheLast) {
-  const auto path = std::filesystem::temp_directory_path() / ("orbeln-index-" + std::to_string(getpid()));
+  const support::TempDir dir;
   struct Case {
     std::string sources;
     std::vector<std::pair<int, int>> ranges;
   };
   for (const Case& c : {Case{"aabbb", {{0, 1}, {2, 4}}}, Case{"a", {{0, 0}}}, Case{"", {}},
                         Case{"aba", {{0, 0}, {1, 1}, {2, 2}}}}) {
-    std::ofstream file(path);
-    for (const char source : c.sources) file << source << " A 1 -60 -40 9999 132 0 0 0 0 0 0 0 0 0 0 0 0\n";
-    file.close();
+    std::string records;
+    for (const char source : c.sources)
+      records += source + std::string(" A 1 -60 -40 9999 132 0 0 0 0 0 0 0 0 0 0 0 0\n");
+    support::writeFile(dir / "db.tab", records);
     ORBEL run;
-    run.databaseFile = path.string();
+    run.databaseFile = (dir / "db.tab").string();
     run.loadDatabase();
     run.buildSourceIndex();
     ASSERT_EQ(run.sourceCount, static_cast<int>(c.ranges.size()) + 1) << c.sources;
@@ -79,31 +78,6 @@ TEST(SourceIndex, EntersEverySourceAlsoTheLast) {
       EXPECT_EQ(run.sourceEnd.at(i), c.ranges[static_cast<std::size_t>(i - 1)].second);
     }
   }
-  std::filesystem::remove(path);
-}
-
-TEST(Pipeline, ChainEndsAreNeverSearched) {
-  ORBEL run;
-  run.sequenceStart = -2;
-  run.sequenceLength = 6;  // -2 .. 3
-  run.shiftFirstResid = -1;
-  run.shiftLastResid = 3;
-  for (const auto& [resid, expected] :
-       std::map<int, bool>{{-2, false}, {-1, true}, {2, true}, {3, false}, {4, false}}) {
-    EXPECT_EQ(run.isSearchable(resid), expected) << resid;
-  }
-}
-
-TEST(ReferenceTables, LookUpsAndDefaults) {
-  ORBEL run;
-  run.randomCoilTable = support::makeTable("RESNAME CA", "%s %f", {"A 52.5", "A 1"});
-  run.rcAdjTable = support::makeTable("RESNAME CA", "%s %f", {"A 0.5"});
-  EXPECT_DOUBLE_EQ(run.getRC("A", "CA"), 52.5);
-  EXPECT_DOUBLE_EQ(run.getRC("A", "CB"), 0.0);
-  EXPECT_DOUBLE_EQ(run.getRC("Z", "CA"), 9999.0);
-  EXPECT_DOUBLE_EQ(run.getRCadj("Z", "CA"), 0.0);
-  EXPECT_DOUBLE_EQ(run.getPrevRCadj("", "CA"), 0.0);
-  EXPECT_DOUBLE_EQ(run.getWeight("R1", "W"), 9999.0);
 }
 
 }  // namespace

@@ -1,29 +1,13 @@
 // Whole runs on the synthetic installation, whose results are worked out by hand (support/synthetic.h).
-#include <gtest/gtest.h>
-
 #include <algorithm>
 
-#include "support/output_table.h"
-#include "support/process.h"
-#include "support/synthetic.h"
+#include "support/helix_run.h"
 
 namespace {
 
-namespace fs = std::filesystem;
 using support::OutputTable;
-using support::ProgramRun;
-using support::runOrbeln;
-using support::TempDir;
 
-/// Runs `query` in `dir` as query.tab with further arguments.
-ProgramRun predict(const TempDir& dir, const support::Query& query,
-                   std::vector<std::string> arguments = {"-noproton"}) {
-  support::writeFile(dir / "query.tab", query.table());
-  arguments.insert(arguments.begin(), {"-in", "query.tab"});
-  const ProgramRun run = runOrbeln(dir.path, ORBELN_SYNTHETIC, arguments);
-  EXPECT_EQ(run.status, 0) << run.err;
-  return run;
-}
+class Prediction : public support::HelixRun {};
 
 struct Expected {
   int first, last;  ///< residues
@@ -73,9 +57,8 @@ void expectHelix(const OutputTable& pred, int shift = 0) {
     }
 }
 
-TEST(Prediction, TorsionsOfTheSyntheticHelix) {
-  const TempDir dir;
-  predict(dir, support::helixQuery());
+TEST_F(Prediction, TorsionsOfTheSyntheticHelix) {
+  ASSERT_EQ(run().status, 0);
   const OutputTable pred(dir / "pred.tab");
   expectHelix(pred);
   // Every atom of the seven residues is 1 off, CB costs 1.5: D = 3.5 x (5 + 2.25), DIST the mean of D / 42 /
@@ -92,9 +75,8 @@ TEST(Prediction, TorsionsOfTheSyntheticHelix) {
   EXPECT_EQ(pred.data.at(1), "DATA SEQUENCE AAAAAAAAAAALAAAAAGAAAWAAAA");
 }
 
-TEST(Prediction, OtherTablesOfTheSyntheticHelix) {
-  const TempDir dir;
-  predict(dir, support::helixQuery());
+TEST_F(Prediction, OtherTablesOfTheSyntheticHelix) {
+  ASSERT_EQ(run().status, 0);
   const OutputTable adjusted(dir / "predAdjCS.tab"), boxes(dir / "predABP.tab"), ss(dir / "predSS.tab"),
       s2(dir / "predS2.tab"), chi1(dir / "predChi1.tab"), all(dir / "predAll.tab");
   // Reference of glycine's HA 4.27, observed (3.87 + 4.07) / 2; the row follows N.
@@ -104,31 +86,23 @@ TEST(Prediction, OtherTablesOfTheSyntheticHelix) {
   EXPECT_EQ(std::stod(glycine.at("CS_OBS")), 3.97);
   EXPECT_EQ(adjusted.rows.size(), 26U * 6 - 1);
 
-  EXPECT_EQ(boxes.number(6, "Q_96"), 0.900);
-  EXPECT_EQ(boxes.number(6, "Q_209"), 0.000);
-  EXPECT_EQ(boxes.number(18, "Q_209"), 0.900);
-  EXPECT_EQ(boxes.number(6, "CLUST_N"), 1);
-  EXPECT_EQ(boxes.number(6, "CLUST_1_PER"), 1.0);
-
-  // ss 0.7 0.2 0.1 and ss5 0.5 0.1 0.4 added and normalised.
-  EXPECT_EQ(ss.number(6, "Q_H"), 0.600);
-  EXPECT_EQ(ss.number(6, "Q_E"), 0.150);
-  EXPECT_EQ(ss.text(6, "SS_CLASS"), "H");
-  EXPECT_EQ(ss.text(1, "SS_CLASS"), "L");
+  // ss 0.7 0.2 0.1 and ss5 0.5 0.1 0.4 added and normalised. Leucine 12: five g- fragments (mean score in bin
+  // 2) and four t (bin 5); g+ has none (bin 10). The chi1 values are -70 to -50. The weights of tryptophan
+  // are all 0.
+  const struct {
+    const OutputTable& table;
+    int resid;
+    const char *columns, *cells;
+  } cases[] = {{boxes, 6, "Q_96 Q_209 CLUST_N CLUST_1_PER", "0.900 0.000 1 1.000"},
+               {boxes, 18, "Q_209", "0.900"},
+               {ss, 6, "Q_H Q_E SS_CLASS", "0.600 0.150 H"},
+               {s2, 6, "S2", "0.872"},
+               {chi1, 12, "Q_Gm Q_Gp Q_T CLASS CHI1 DCHI1", "0.900 0.040 0.060 g- -60.0 7.9"},
+               {chi1, 22, "Q_T CLASS CHI1", "0.000 na 9999.0"}};
+  for (const auto& c : cases) EXPECT_EQ(c.table.texts(c.resid, c.columns), c.cells) << c.columns;
   EXPECT_EQ(ss.data.at(2), "DATA PREDICTED_SS LHHHHHHHHH HHHHHHHHHH HHHHHL");
   EXPECT_EQ(ss.data.at(3), "DATA CONFIDENCE   0333333333 3333333333 333330");
-  EXPECT_NEAR(s2.number(6, "S2"), 0.872, 6e-4);
-
-  // Leucine 12: five g- fragments (mean score in bin 2) and four t (bin 5); g+ has none (bin 10). The chi1
-  // values are -70 to -50. The weights of tryptophan are all 0.
   EXPECT_EQ(chi1.residues(), (std::vector<int>{12, 22}));
-  EXPECT_NEAR(chi1.number(12, "Q_Gm"), 0.90, 1e-6);
-  EXPECT_NEAR(chi1.number(12, "Q_Gp"), 0.04, 1e-6);
-  EXPECT_NEAR(chi1.number(12, "Q_T"), 0.06, 1e-6);
-  EXPECT_EQ(chi1.text(12, "CLASS") + ' ' + chi1.text(12, "CHI1") + ' ' + chi1.text(12, "DCHI1"),
-            "g- -60.0 7.9");
-  EXPECT_EQ(chi1.text(22, "CLASS") + ' ' + chi1.text(22, "CHI1") + ' ' + chi1.text(22, "Q_T"),
-            "na 9999.0 0.000");
 
   // 15 residues with 25 matches, 7 with 5, glycine 3 and tryptophan 1.
   EXPECT_EQ(all.rows.size(), 15U * 25 + 7 * 5 + 3 + 1);
@@ -143,85 +117,71 @@ TEST(Prediction, OtherTablesOfTheSyntheticHelix) {
   EXPECT_EQ(all.rows.back().at("INDEX"), std::to_string(all.rows.size()));
 }
 
-TEST(Prediction, ProtonShiftsBringInTheTwoLevelNetwork) {
-  const TempDir dir;
-  predict(dir, support::helixQuery(), {});
-  expectHelix(OutputTable(dir / "pred.tab"));
-  const OutputTable boxes(dir / "predABP.tab");
-  // Five-residue windows that reach beyond the chain end fall back on the one-level network.
-  EXPECT_EQ(boxes.number(2, "Q_96"), 0.900);
-  EXPECT_EQ(boxes.number(3, "Q_96"), 0.880);
-  EXPECT_EQ(boxes.number(24, "Q_96"), 0.880);
-  EXPECT_EQ(boxes.number(25, "Q_96"), 0.900);
-  EXPECT_EQ(boxes.number(18, "Q_209"), 0.900);
-  EXPECT_EQ(OutputTable(dir / "pred.tab").number(6, "CS_COUNT"), 18);
-}
-
-TEST(Prediction, NumberingMayBeNegative) {
-  const TempDir dir;
-  predict(dir, support::helixQuery(-9));
-  expectHelix(OutputTable(dir / "pred.tab"), -10);
-  const OutputTable ss(dir / "predSS.tab");
-  EXPECT_EQ(ss.text(-9, "SS_CLASS"), "L");
-  EXPECT_EQ(ss.text(0, "SS_CLASS"), "H");
-  EXPECT_EQ(OutputTable(dir / "predChi1.tab").residues(), (std::vector<int>{2, 12}));
-}
-
-TEST(Prediction, ThreeLetterNamesAndProtonNamedH) {
-  const TempDir dir;
-  support::Query query = support::helixQuery();
-  for (int resid = 1; resid <= 26; ++resid) {
-    query.shifts[{resid, "H"}] = query.shifts.at({resid, "HN"});
-    query.shifts.erase({resid, "HN"});
+/// With protons, numbers below zero, three-letter names and protons named H: the same helix.
+TEST_F(Prediction, ProtonShiftsBringInTheTwoLevelNetwork) {
+  for (const int first : {1, -9}) {
+    SCOPED_TRACE(first);
+    support::Query query = support::helixQuery(first);
+    for (int resid = first; first == 1 && resid <= 26; ++resid) {
+      query.shifts[{resid, "H"}] = query.shifts.at({resid, "HN"});
+      query.shifts.erase({resid, "HN"});
+    }
+    support::writeFile(dir / "query.tab", query.table(first == 1));
+    const auto run = support::runOrbeln(dir.path, ORBELN_SYNTHETIC, {"-in", "query.tab"});
+    EXPECT_FALSE(support::contains(run.err, "Mismatch")) << run.err;
+    expectHelix(table("pred.tab"), first - 1);
+    const OutputTable boxes = table("predABP.tab");
+    // Five-residue windows that reach beyond the chain end fall back on the one-level network.
+    const std::pair<int, double> expected[] = {{2, 0.900}, {3, 0.880}, {24, 0.880}, {25, 0.900}};
+    for (const auto& [resid, value] : expected) EXPECT_EQ(boxes.number(resid + first - 1, "Q_96"), value);
+    EXPECT_EQ(boxes.number(17 + first, "Q_209"), 0.900);
+    EXPECT_EQ(table("pred.tab").number(5 + first, "CS_COUNT"), 18);
+    EXPECT_EQ(table("predSS.tab").text(first, "SS_CLASS"), "L");
+    EXPECT_EQ(table("predChi1.tab").residues(), (std::vector<int>{11 + first, 21 + first}));
   }
-  support::writeFile(dir / "query.tab", query.table(true));
-  const ProgramRun run = runOrbeln(dir.path, ORBELN_SYNTHETIC, {"-in", "query.tab"});
-  EXPECT_EQ(run.err.find("Mismatch"), std::string::npos) << run.err;
-  expectHelix(OutputTable(dir / "pred.tab"));
 }
 
-TEST(Prediction, GapsInTheShifts) {
-  const TempDir dir;
+TEST_F(Prediction, GapsInTheShifts) {
   support::Query query = support::helixQuery();
   query.removeResidue(7);
-  predict(dir, query);
+  write(query);
+  run();
   // One residue without shifts: its neighbours carry it, each with its own secondary structure network.
-  EXPECT_EQ(OutputTable(dir / "pred.tab").text(7, "CLASS"), "Strong");
-  OutputTable ss(dir / "predSS.tab");
-  EXPECT_EQ(ss.number(6, "Q_H"), 0.650);  // ss.next 0.8 0.1 0.1
-  EXPECT_EQ(ss.number(7, "Q_E"), 0.450);  // ss.center 0.1 0.8 0.1
-  EXPECT_EQ(ss.number(8, "Q_L"), 0.500);  // ss.prev 0.2 0.2 0.6
+  EXPECT_EQ(table("pred.tab").text(7, "CLASS"), "Strong");
+  OutputTable ss = table("predSS.tab");
   EXPECT_EQ(ss.text(6, "SS_CLASS") + ss.text(7, "SS_CLASS") + ss.text(8, "SS_CLASS"), "HEL");
 
   query.removeResidue(8);
-  predict(dir, query);
-  // Two in a row: too little for the search; the secondary structure comes from the sequence (0.2 0.2 0.6).
-  const OutputTable pred(dir / "pred.tab");
-  EXPECT_EQ(pred.text(7, "CLASS") + pred.text(8, "CLASS"), "NoneNone");
-  EXPECT_EQ(pred.text(7, "PHI") + ' ' + pred.text(7, "S2"), "9999.000 0.000");
-  EXPECT_EQ(pred.text(6, "CLASS"), "Strong");
-  EXPECT_EQ(OutputTable(dir / "predSS.tab").text(7, "SS_CLASS"), "c");
-  EXPECT_EQ(OutputTable(dir / "predSS.tab").number(7, "Q_L"), 0.600);
+  write(query);
+  run();
+  // Two in a row: too little for the search; the secondary structure comes from the sequence.
+  const OutputTable pred = table("pred.tab");
+  EXPECT_EQ(pred.text(6, "CLASS") + pred.text(7, "CLASS") + pred.text(8, "CLASS"), "StrongNoneNone");
+  EXPECT_EQ(pred.texts(7, "PHI S2"), "9999.000 0.000");
+  EXPECT_EQ(table("predSS.tab").text(7, "SS_CLASS"), "c");
 }
 
-TEST(Prediction, ComparisonWithAReferenceStructure) {
-  const TempDir dir;
-  // Residues 5 to 13: residue 6 is extended (psi 138, off by 180), the others agree; leucine 12 has chi1 -65.
-  std::vector<support::Torsions> torsions(9, {-63, -42, 180});
-  torsions[1].psi = 138;
-  torsions[7].chi1 = -65;
-  support::writeFile(dir / "reference.pdb", support::peptidePdb(5, torsions));
-  predict(dir, support::helixQuery(), {"-noproton", "-ref", "reference.pdb", "-refTitle", "made up"});
+TEST_F(Prediction, ComparisonWithAReferenceStructure) {
+  // Residue 6 has phi and psi 90, leucine 12 has chi1 90; other torsions are unknown.
+  std::string pdb;
+  for (const char* atom :
+       {"C   ALA A   5       0.000   1.000   0.000", "N   ALA A   6       0.000   0.000   0.000",
+        "CA  ALA A   6       1.500   0.000   0.000", "C   ALA A   6       1.500   0.000   1.500",
+        "N   ALA A   7       1.500   1.500   1.500", "N   LEU A  12       0.000   1.000   0.000",
+        "CA  LEU A  12       0.000   0.000   0.000", "CB  LEU A  12       1.500   0.000   0.000",
+        "CG  LEU A  12       1.500   0.000   1.500"})
+    pdb += std::string("ATOM      1  ") + atom + "  1.00 10.00\n";
+  support::writeFile(dir / "reference.pdb", pdb);
+  run({"-ref", "reference.pdb", "-refTitle", "made up"});
   const OutputTable pred(dir / "pred.tab"), chi1(dir / "predChi1.tab");
   EXPECT_EQ(pred.text(5, "CLASS") + pred.text(6, "CLASS") + pred.text(7, "CLASS"), "StrongBadStrong");
   EXPECT_EQ(
       std::count(pred.remarks.begin(), pred.remarks.end(), "  Predictions Compared to PDB Input made up"), 1);
-  EXPECT_NEAR(chi1.number(12, "CHI1_OBS"), -65.0, 0.2);
+  EXPECT_EQ(chi1.number(12, "CHI1_OBS"), 90.0);
   EXPECT_EQ(chi1.number(22, "CHI1_OBS"), 9999.0);
 }
 
-TEST(Prediction, FlexibleResiduesAreDynamic) {
-  const TempDir dir;
+TEST_F(Prediction, FlexibleResiduesAreDynamic) {
   support::Query query = support::helixQuery();
   // The random-coil shifts of poly-alanine themselves, and no estimates of the missing protons: every shift
   // at the floor of 0.5 gives RCI (1 / 1.515)^1.5 / 1.125 and S2 0.105 inside the chain.
@@ -230,13 +190,12 @@ TEST(Prediction, FlexibleResiduesAreDynamic) {
                                              {"CA", 52.68}, {"CB", 19.30}, {"HN", 8.26}};
     if (coil.contains(key.second)) ppm = coil.at(key.second);
   }
-  struct {
-    const char *threshold, *shape;
-  } const cases[] = {{"0.6", "Dyn"}, {"0.05", "Strong"}, {"0.2", "Dyn"}, {"2", "Dyn"}};
-  for (const auto& c : cases) {
-    predict(dir, query, {"-noproton", "-excl", "library", "-s2Thresh", c.threshold});
-    const OutputTable pred(dir / "pred.tab");
-    EXPECT_EQ(pred.text(6, "CLASS"), c.shape) << c.threshold;
+  write(query);
+  const std::pair<const char*, const char*> cases[] = {{"0.6", "Dyn"}, {"0.05", "Strong"}, {"2", "Dyn"}};
+  for (const auto& [threshold, shape] : cases) {
+    run({"-excl", "library", "-s2Thresh", threshold});
+    const OutputTable pred = table("pred.tab");
+    EXPECT_EQ(pred.text(6, "CLASS"), shape) << threshold;
     EXPECT_NEAR(pred.number(6, "S2"), 0.105, 6e-4);
     EXPECT_EQ(pred.text(1, "CLASS"), "None");
   }

@@ -31,19 +31,17 @@ TEST(ClassRule, CountSpreadAndDynamics) {
     Values phi, psi;
     double rci;
     const char* name;
-  } cases[] = {
-      {"all matches", 25, kTight, kPsi, 0.103, "Strong"},
-      {"top count", 10, kTight, kPsi, 0.103, "Generous"},
-      {"between", 24, kTight, kPsi, 0.103, "Warn"},
-      {"few", 9, kTight, kPsi, 0.103, "Warn"},
-      {"wide phi", 25, kWide, kPsi, 0.103, "Warn"},
-      {"wide psi", 10, kTight, kWide, 0.103, "Warn"},
-      {"flexible", 25, kTight, kPsi, 0.5, "Dyn"},
-      {"flexible without consensus", 3, kTight, kPsi, 0.5, "Dyn"},
-      {"just flexible", 25, kTight, kPsi, 0.4031, "Dyn"},
-      {"just rigid", 25, kTight, kPsi, 0.4029, "Strong"},
-      {"undefined order parameter", 25, kTight, kPsi, 9999.0, "Strong"},
-  };
+  } cases[] = {{"all matches", 25, kTight, kPsi, 0.103, "Strong"},
+               {"top count", 10, kTight, kPsi, 0.103, "Generous"},
+               {"between", 24, kTight, kPsi, 0.103, "Warn"},
+               {"few", 9, kTight, kPsi, 0.103, "Warn"},
+               {"wide phi", 25, kWide, kPsi, 0.103, "Warn"},
+               {"wide psi", 10, kTight, kWide, 0.103, "Warn"},
+               {"flexible", 25, kTight, kPsi, 0.5, "Dyn"},
+               {"flexible without consensus", 3, kTight, kPsi, 0.5, "Dyn"},
+               {"just flexible", 25, kTight, kPsi, 0.4031, "Dyn"},
+               {"just rigid", 25, kTight, kPsi, 0.4029, "Strong"},
+               {"undefined order parameter", 25, kTight, kPsi, 9999.0, "Strong"}};
   for (const auto& c : cases) {
     ORBEL run;
     prepare(run, c.phi, c.psi, c.count, c.rci);
@@ -96,13 +94,11 @@ TEST(ClassRule, DeviationFromTheReference) {
     int box, count;
     double rci;
     const char* name;
-  } cases[] = {
-      {-60, 19, kDense, 25, 0.1, "Strong"}, {-60, 20, kDense, 25, 0.1, "Bad"},
-      {-24, 8, kDense, 10, 0.1, "Bad"},     {-60, 39, kSparse, 10, 0.1, "Generous"},
-      {-60, 40, kSparse, 10, 0.1, "Bad"},   {120, 150, 0, 25, 0.1, "Strong"},
-      {120, 150, kDense, 9, 0.1, "Warn"},   {120, 150, kDense, 25, 0.6, "Dyn"},
-      {9999, -40, kDense, 25, 0.1, "Bad"},
-  };
+  } cases[] = {{-60, 19, kDense, 25, 0.1, "Strong"}, {-60, 20, kDense, 25, 0.1, "Bad"},
+               {-24, 8, kDense, 10, 0.1, "Bad"},     {-60, 39, kSparse, 10, 0.1, "Generous"},
+               {-60, 40, kSparse, 10, 0.1, "Bad"},   {120, 150, 0, 25, 0.1, "Strong"},
+               {120, 150, kDense, 9, 0.1, "Warn"},   {120, 150, kDense, 25, 0.6, "Dyn"},
+               {9999, -40, kDense, 25, 0.1, "Bad"}};
   for (const auto& c : cases) {
     ORBEL run;
     prepare(run, kTight, kPsi, c.count, c.rci);

@@ -18,8 +18,7 @@ TEST(CompletenessGate, AllowancesAndNeighbours) {
       {"LLL", {3, 3, 3}, false, true},  {"LLL", {4, 3, 3}, false, true},  {"LLL", {3, 4, 3}, false, true},
       {"LLL", {4, 3, 4}, false, false}, {"LLL", {6, 6, 0}, false, false}, {"PLP", {4, 4, 4}, false, true},
       {"PLP", {5, 0, 5}, false, false}, {"GGL", {4, 4, 0}, false, false}, {"GGL", {4, 4, 0}, true, true},
-      {"GGL", {5, 5, 0}, true, false},  {"GLL", {4, 3, 4}, true, true},   {"LPL", {4, 4, 3}, true, true},
-  };
+      {"GGL", {5, 5, 0}, true, false},  {"GLL", {4, 3, 4}, true, true},   {"LPL", {4, 4, 3}, true, true}};
   for (const auto& c : cases) {
     ORBEL run;
     run.shiftFirstResid = 9;
@@ -48,78 +47,82 @@ ClusterData twoClusters() {
   return clusters;
 }
 
-struct Outcome {
-  Values phi, psi, flags;
-  int count = -1;
-};
-
-Outcome classify(const Values& phi, const Values& psi, const ClusterData& clusters, int topCount = 10) {
+int classify(Values& phi, Values& psi, Values& flags, const ClusterData& clusters, int topCount = 10) {
   ORBEL run;
   run.topCount = topCount;
-  Outcome result{phi, psi, {}, -1};
-  run.classifyMatchCluster(result.phi, result.psi, result.count, result.flags, clusters);
-  return result;
+  int count = -1;
+  run.classifyMatchCluster(phi, psi, count, flags, clusters);
+  return count;
 }
 
-TEST(Consensus, DominantClusterAndTies) {
-  const ClusterData clusters = twoClusters();
-  // 2 helix, 1 sheet, 1 far from both.
-  Outcome r = classify({-60, -120, 60, -55}, {-40, 120, 60, -35}, clusters);
-  EXPECT_EQ(r.flags, (Values{1, 0, 0, 1}));
-  EXPECT_EQ(r.phi, (Values{-60, -55}));
-  EXPECT_EQ(r.psi, (Values{-40, -35}));
-  EXPECT_EQ(r.count, 2);
-  // A tie goes to the higher number.
-  r = classify({-60, -120}, {-40, 120}, clusters);
-  EXPECT_EQ(r.flags, (Values{0, 1}));
-  // Unclustered matches win when they are the most, and lose a tie.
-  r = classify({-60, 60, 61}, {-40, 60, 61}, clusters);
-  EXPECT_EQ(r.flags, (Values{0, 1, 1}));
-  EXPECT_EQ(r.phi, (Values{60, 61}));
-  r = classify({60, -60}, {60, -40}, clusters);
-  EXPECT_EQ(r.flags, (Values{0, 1}));
-  // No matches; no cluster record.
-  r = classify({}, {}, clusters);
-  EXPECT_EQ(r.count, 0);
-  EXPECT_TRUE(r.flags.empty());
-  EXPECT_EQ(classify({-60, 60}, {-40, 60}, ClusterData()).count, 2);
-}
-
-TEST(Consensus, NearMatchesJoinAndAnchorLaterOnes) {
-  const ClusterData clusters = twoClusters();
-  // -100,-80 is exactly 40 degrees from the helix match in both angles and joins; -140,-80 follows through
-  // it; the first match stands before its anchor and cannot use a later joining one.
-  Outcome r = classify({-139, -60, -100, -140, 60}, {-80, -40, -80, -80, 60}, clusters);
-  EXPECT_EQ(r.flags, (Values{0, 1, 1, 1, 0}));
-  EXPECT_EQ(r.phi, (Values{-60, -100, -140}));
-  EXPECT_EQ(r.count, 3);
-  // Direct members come first, joined ones behind them.
-  r = classify({-90, -60, -55}, {-40, -40, -35}, clusters);
-  EXPECT_EQ(r.phi, (Values{-60, -55, -90}));
-  EXPECT_EQ(r.flags, (Values{1, 1, 1}));
-  // Just beyond 40 degrees; across +-180; the first anchor in rank order decides.
-  EXPECT_EQ(classify({-60, -100.5}, {-40, -40}, clusters).count, 1);
+TEST(Consensus, ClustersTiesAndMatchesNearby) {
+  const ClusterData clusters = twoClusters(), none;
   ClusterData edge;
   edge.clusterCount = 1;
   edge.boxCluster[18 * 17 + 17] = 1;
-  EXPECT_EQ(classify({175, -170}, {175, -175}, edge).count, 2);
-  r = classify({-120, -75, -60, -90}, {120, 99, -40, 110}, clusters);
-  EXPECT_EQ(r.flags, (Values{1, 0, 0, 1}));
+  const struct {
+    const char* name;
+    const ClusterData& clusters;
+    Values phi, psi, flags, kept;  ///< kept: phi of the consensus
+  } cases[] = {
+      {"2 helix, 1 sheet, 1 far from both",
+       clusters,
+       {-60, -120, 60, -55},
+       {-40, 120, 60, -35},
+       {1, 0, 0, 1},
+       {-60, -55}},
+      {"a tie goes to the higher number", clusters, {-60, -120}, {-40, 120}, {0, 1}, {-120}},
+      {"unclustered matches are the most", clusters, {-60, 60, 61}, {-40, 60, 61}, {0, 1, 1}, {60, 61}},
+      {"unclustered matches lose a tie", clusters, {60, -60}, {60, -40}, {0, 1}, {-60}},
+      {"no matches", clusters, {}, {}, {}, {}},
+      {"no cluster record", none, {-60, 60}, {-40, 60}, {1, 1}, {-60, 60}},
+      // -100,-80 is exactly 40 degrees from the helix match in both angles and joins; -140,-80 follows
+      // through it; the first match stands before its anchor and cannot use a later joining one.
+      {"joined through another",
+       clusters,
+       {-139, -60, -100, -140, 60},
+       {-80, -40, -80, -80, 60},
+       {0, 1, 1, 1, 0},
+       {-60, -100, -140}},
+      {"direct members first, joined ones behind them",
+       clusters,
+       {-90, -60, -55},
+       {-40, -40, -35},
+       {1, 1, 1},
+       {-60, -55, -90}},
+      {"just beyond 40 degrees", clusters, {-60, -100.5}, {-40, -40}, {1, 0}, {-60}},
+      {"across +-180", edge, {175, -170}, {175, -175}, {1, 1}, {175, -170}},
+      {"the first anchor in rank order decides",
+       clusters,
+       {-120, -75, -60, -90},
+       {120, 99, -40, 110},
+       {1, 0, 0, 1},
+       {-120, -90}}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    Values phi = c.phi, psi = c.psi, flags;
+    const int count = classify(phi, psi, flags, c.clusters);
+    EXPECT_EQ(flags, c.flags);
+    EXPECT_EQ(phi.size(), psi.size());
+    EXPECT_EQ(phi, c.kept);
+    EXPECT_EQ(count, static_cast<int>(c.kept.size()));
+  }
   // Undefined and damaged angles: box arithmetic as for any number, no join, no overrun.
-  r = classify({-60, 9999, -1e30, std::numeric_limits<double>::quiet_NaN(), -200}, {-40, -40, 0, 0, -200},
-               clusters);
-  EXPECT_EQ(r.flags, (Values{0, 1, 1, 1, 1}));
+  Values phi = {-60, 9999, -1e30, std::numeric_limits<double>::quiet_NaN(), -200},
+         psi = {-40, -40, 0, 0, -200}, flags;
+  classify(phi, psi, flags, clusters);
+  EXPECT_EQ(flags, (Values{0, 1, 1, 1, 1}));
 }
 
 TEST(Consensus, CountFromTheFirstMember) {
   const auto count = [](const std::string& pattern, int topCount) {
-    Values phi;
-    Values psi;
+    Values phi, psi;
     for (const char c : pattern) {
       phi.push_back(c == 'x' ? -60 : c == '-' ? 60 : -120);
       psi.push_back(c == 'x' ? -40 : c == '-' ? 60 : 120);
     }
-    return classify(phi, psi, twoClusters(), topCount).count;
+    Values flags;
+    return classify(phi, psi, flags, twoClusters(), topCount);
   };
   const std::string x(25, 'x');
   EXPECT_EQ(count(x, 10), 25);

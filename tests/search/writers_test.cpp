@@ -6,6 +6,7 @@
 #include <sstream>
 
 #include "search/search_fixture.h"
+#include "support/capture.h"
 #include "support/output_table.h"
 #include "support/process.h"
 #include "support/tables.h"
@@ -49,9 +50,8 @@ TEST_F(Writers, SummaryRows) {
   run.sequenceCopy[2] = "KK";
   run.missingCount[4] = 5;
   run.matchDistance[3][0] = std::numeric_limits<double>::infinity();  // no cell is inf
-  testing::internal::CaptureStdout();
-  run.writeTorsionPredictions();
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), "Summarizing Phi/Psi Predictions ...\n");
+  EXPECT_EQ(support::captured([&] { run.writeTorsionPredictions(); }).out,
+            "Summarizing Phi/Psi Predictions ...\n");
   EXPECT_EQ(tail(directory / "pred.tab", 8),
             (Lines{"VARS   RESID RESNAME PHI PSI DPHI DPSI DIST S2 COUNT CS_COUNT CLASS ",
                    "FORMAT %4d %s %8.3f %8.3f %8.3f %8.3f %8.3f %5.3f %2d %2d %s", "",
@@ -68,41 +68,16 @@ TEST_F(Writers, SummaryRows) {
   EXPECT_EQ(run.missingCount.size(), 5U);
 }
 
-TEST_F(Writers, SummaryComparedWithAReference) {
-  // Residue 3 far from the prediction of -60, -40: phi = 90, psi = 90.
-  support::writeFile(directory / "ref.pdb",
-                     "ATOM      1  C   LYS A   2       0.000   1.000   0.000  1.00  0.00\n"
-                     "ATOM      2  N   VAL A   3       0.000   0.000   0.000  1.00  0.00\n"
-                     "ATOM      3  CA  VAL A   3       1.500   0.000   0.000  1.00  0.00\n"
-                     "ATOM      4  C   VAL A   3       1.500   0.000   1.500  1.00  0.00\n"
-                     "ATOM      5  N   VAL A   4       1.500   1.500   1.500  1.00  0.00\n");
-  run.referenceStructure = std::make_unique<PDB>((directory / "ref.pdb").string());
-  const auto classOf3 = [this] {
-    run.writeTorsionPredictions();
-    return OutputTable(directory / "pred.tab").text(3, "CLASS");
-  };
-  EXPECT_EQ(classOf3(), "Generous");  // no reference file is named
-  run.referenceFile = (directory / "ref.pdb").string();
-  run.referenceTitle = "crystal";
-  EXPECT_EQ(classOf3(), "Bad");
-  const auto remarks = OutputTable(directory / "pred.tab").remarks;
-  EXPECT_EQ(remarks[2], "  Predictions Compared to PDB Input crystal");
-  EXPECT_EQ(std::count(remarks.begin(), remarks.end(),
-                       "    Bad:  predictions with large deviation to reference PDB."),
-            1);
-}
-
 TEST_F(Writers, ComprehensiveRows) {
   std::vector<search_test::DbResidue> db;
   for (int i = 0; i < 6; ++i) {
-    search_test::DbResidue r;
-    r.source = "1abcA";
-    r.code = "LKcGEX"[i];
-    r.resid = 40 + i;
-    r.phi = -60.0F - static_cast<float>(i);
-    r.chi1 = i == 2 ? 9999.0F : 62.5F;
-    r.shifts = {1.25F + static_cast<float>(i), 1, 0.11F, 1, 0.22F, 1, -0.33F, 1, 0.44F, 1, 0.55F, 1};
-    db.push_back(r);
+    db.push_back(
+        {.source = "1abcA",
+         .code = "LKcGEX"[i],
+         .resid = 40 + i,
+         .phi = -60.0F - static_cast<float>(i),
+         .chi1 = i == 2 ? 9999.0F : 62.5F,
+         .shifts = {1.25F + static_cast<float>(i), 1, 0.11F, 1, 0.22F, 1, -0.33F, 1, 0.44F, 1, 0.55F, 1}});
   }
   installDatabase(run, db);
   run.sequence.erase(5);

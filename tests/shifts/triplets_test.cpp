@@ -7,6 +7,7 @@
 #include "shifts/plain_triplets.h"
 #include "shifts/shift_fixture.h"
 #include "shifts/triplet_distance.h"
+#include "support/capture.h"
 #include "support/process.h"
 
 namespace {
@@ -77,9 +78,7 @@ std::unique_ptr<ORBEL> makeTripletRun(const std::vector<double>& centreCA) {
       rows.push_back(std::to_string(resid) + shift);
   }
   auto run = makeShiftRun("AAAAA", 1, rows);
-  testing::internal::CaptureStdout();
-  run->getResInfo();
-  testing::internal::GetCapturedStdout();
+  support::captured([&] { run->getResInfo(); });
   for (auto& row : run->ringWeights) row.fill(1.0);
   run->atomWeights.fill(0.0);
   auto library = std::make_shared<TripletLibrary>();
@@ -111,23 +110,10 @@ TEST(TripletAverage, TakesTheNearestOfDistinctDistances) {
   averaged.clear();
   ASSERT_TRUE(run->calcAverageCS_orig(3, averaged));
   EXPECT_DOUBLE_EQ(averaged.at("CA"), (0.5 + 3.0 + 4.0) / 3);
-}
-
-TEST(TripletAverage, FarLibraryGivesZeros) {
-  const auto run = makeTripletRun({60.0, 70.0});
-  std::map<std::string, double> averaged;
-  ASSERT_TRUE(run->calcAverageCS_orig(3, averaged));
+  averaged.clear();
+  ASSERT_TRUE(makeTripletRun({60.0, 70.0})->calcAverageCS_orig(3, averaged));  // a far library gives zeros
   EXPECT_DOUBLE_EQ(averaged.at("CA"), 0.0);
   EXPECT_EQ(averaged.size(), 6U);
-}
-
-TEST(TripletAverage, ExcludedSourcesMatchNothing) {
-  const auto run = makeTripletRun({1.5, 0.5});
-  TripletLibrary reduced = *run->tripletLibrary;
-  excludeSources(reduced, "1ABC,ODD");
-  EXPECT_DOUBLE_EQ(reduced.values[9][1], 99.0);
-  EXPECT_DOUBLE_EQ(reduced.values[9][0], 1.5);
-  EXPECT_DOUBLE_EQ(reduced.centre[3][1], 0.5);
 }
 
 TEST(TripletAverage, EdgesAndSparseSurroundingsGetNone) {
@@ -148,9 +134,7 @@ TEST(TripletAverage, EdgesAndSparseSurroundingsGetNone) {
 TEST(TripletRecord, ClipsMasksAndRounds) {
   const auto run =
       makeShiftRun("AAA", 1, {"1 A CA 66.123456", "2 A HA 4.1", "2 A HN 8.25", "3 A N 121.1234567"});
-  testing::internal::CaptureStdout();
-  run->getResInfo();
-  testing::internal::GetCapturedStdout();
+  support::captured([&] { run->getResInfo(); });
   Triplet triplet = run->getTriplet(2);
   EXPECT_EQ(triplet.at("RESID_R1"), "1");
   EXPECT_EQ(triplet.at("RESNAME_R3"), "A");

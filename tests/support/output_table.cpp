@@ -8,6 +8,8 @@
 
 namespace support {
 
+static const std::string kNoCell = "(no such cell)";
+
 OutputTable::OutputTable(const std::filesystem::path& file) {
   std::istringstream in(readFile(file));
   for (std::string line; std::getline(in, line);) {
@@ -26,23 +28,21 @@ OutputTable::OutputTable(const std::filesystem::path& file) {
   }
 }
 
-const OutputTable::Row& OutputTable::residue(int resid) const {
-  static const Row none;
+std::string OutputTable::text(int resid, const std::string& column) const {
   for (const Row& row : rows)
-    if (row.at("RESID") == std::to_string(resid)) return row;
-  return none;
+    if (row.at("RESID") == std::to_string(resid)) return row.contains(column) ? row.at(column) : kNoCell;
+  return kNoCell;
 }
 
-std::string OutputTable::text(int resid, const std::string& column) const {
-  const Row& row = residue(resid);
-  const auto cell = row.find(column);
-  return cell == row.end() ? "(no such cell)" : cell->second;
+std::string OutputTable::texts(int resid, const std::string& names) const {
+  std::string cells;
+  for (const std::string& name : split(names)) cells += (cells.empty() ? "" : " ") + text(resid, name);
+  return cells;
 }
 
 double OutputTable::number(int resid, const std::string& column) const {
-  const Row& row = residue(resid);
-  const auto cell = row.find(column);
-  return cell == row.end() ? std::nan("") : std::stod(cell->second);
+  const std::string cell = text(resid, column);
+  return cell == kNoCell ? std::nan("") : std::stod(cell);
 }
 
 std::vector<int> OutputTable::residues() const {

@@ -12,10 +12,11 @@ struct OutputTable {
   using Row = std::map<std::string, std::string>;  ///< column name -> text
 
   explicit OutputTable(const std::filesystem::path& file);
-  const Row& residue(int resid) const;  ///< first row of that RESID; an empty row when there is none
+  /// A cell in the first row of that RESID; nan when there is none.
   double number(int resid, const std::string& column) const;
   std::string text(int resid, const std::string& column) const;
-  std::vector<int> residues() const;  ///< the RESID column
+  std::string texts(int resid, const std::string& columns) const;  ///< of several columns, blank-separated
+  std::vector<int> residues() const;                               ///< the RESID column
 
   std::vector<std::string> remarks, data, columns;
   std::vector<Row> rows;

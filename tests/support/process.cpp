@@ -1,9 +1,7 @@
 // Runs the program in its own directory and captures everything a user sees.
 #include "support/process.h"
 
-#include <fcntl.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
 #include <cstdlib>
 #include <fstream>
@@ -24,42 +22,16 @@ TempDir::~TempDir() {
   fs::remove_all(path, ignored);
 }
 
-namespace {
-
-void redirect(int stream, const fs::path& file) {
-  const int fd = open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-  if (fd < 0 || dup2(fd, stream) < 0) _exit(126);
-  close(fd);
-}
-
-[[noreturn]] void execOrbeln(const fs::path& cwd, const fs::path& install, const TempDir& streams,
-                             const std::vector<std::string>& arguments) {
-  redirect(STDOUT_FILENO, streams / "out");
-  redirect(STDERR_FILENO, streams / "err");
-  if (chdir(cwd.c_str()) != 0) _exit(126);
-  if (install.empty()) {
-    unsetenv("ORBELN_DIR");
-  } else {
-    setenv("ORBELN_DIR", install.c_str(), 1);
-  }
-  std::vector<std::string> words{"orbeln"};
-  words.insert(words.end(), arguments.begin(), arguments.end());
-  std::vector<char*> argv;
-  for (std::string& word : words) argv.push_back(word.data());
-  argv.push_back(nullptr);
-  execv(ORBELN_BINARY, argv.data());
-  _exit(127);
-}
-
-}  // namespace
-
 ProgramRun runOrbeln(const fs::path& cwd, const fs::path& install,
                      const std::vector<std::string>& arguments) {
   const TempDir streams;
-  const pid_t child = fork();
-  if (child == 0) execOrbeln(cwd, install, streams, arguments);
-  int state = 0;
-  waitpid(child, &state, 0);
+  const auto quoted = [](const std::string& word) { return " '" + word + "'"; };
+  std::string command = "cd" + quoted(cwd) + " || exit 126; ";
+  command += install.empty() ? "unset ORBELN_DIR;" : "export ORBELN_DIR='" + install.string() + "';";
+  command += " exec" + quoted(ORBELN_BINARY);
+  for (const std::string& argument : arguments) command += quoted(argument);
+  command += " >" + quoted(streams / "out") + " 2>" + quoted(streams / "err");
+  const int state = std::system(command.c_str());
   return {WIFEXITED(state) ? WEXITSTATUS(state) : -WTERMSIG(state), readFile(streams / "out"),
           readFile(streams / "err")};
 }

@@ -25,12 +25,16 @@ struct ProgramRun {
   std::string out, err;
 };
 
-/// Runs orbeln in directory `cwd` with ORBELN_DIR set to `install` (unset when empty).
+/// Runs orbeln, with arguments free of apostrophes, in directory `cwd` with ORBELN_DIR set to `install`
+/// (unset when empty).
 ProgramRun runOrbeln(const std::filesystem::path& cwd, const std::filesystem::path& install,
                      const std::vector<std::string>& arguments);
 
 std::string readFile(const std::filesystem::path& file);  ///< empty when it cannot be opened
 void writeFile(const std::filesystem::path& file, const std::string& text);
 std::vector<std::string> split(const std::string& text);  ///< the words of `text`
+inline bool contains(const std::string& text, const std::string& part) {
+  return text.find(part) != std::string::npos;
+}
 
 }  // namespace support

@@ -2,9 +2,7 @@
 #include "support/synthetic.h"
 
 #include <array>
-#include <cmath>
 #include <cstdio>
-#include <sstream>
 
 #include "support/synthetic_networks.h"
 
@@ -17,12 +15,15 @@ namespace {
 const std::string kTypes = "ARNDCQEGHILKMFPSTWYV";
 const std::array<const char*, 6> kAtoms{"N", "HA", "C", "CA", "CB", "HN"};
 
-std::string header(const std::string& columns, const std::string& format) {
-  return "REMARK Synthetic table for the tests.\n\nVARS " + columns + "\nFORMAT " + format + "\n\n";
+/// A residue name or source, then numbers.
+std::string header(const std::string& columns) {
+  std::string format = "FORMAT %s";
+  for (std::size_t i = 1; i < split(columns).size(); ++i) format += " %f";
+  return "REMARK Synthetic table for the tests.\n\nVARS " + columns + '\n' + format + "\n\n";
 }
 
 std::string atomTable(const std::string& rows) {
-  return header("RESNAME N HA C CA CB HN", "%s %f %f %f %f %f %f") + rows;
+  return header("RESNAME N HA C CA CB HN") + rows;
 }
 
 /// One row a residue type, oxidised cysteine included, all with the same `cells`.
@@ -33,10 +34,9 @@ std::string everyType(const std::string& cells) {
 }
 
 std::string similarityTable(double same, double alanineLeucine, double other) {
-  std::string columns = "RESNAME", format = "%s", rows;
+  std::string columns = "RESNAME", rows;
   for (const char code : kTypes) {
     columns += std::string(" ") + code;
-    format += " %f";
     rows += code;
     for (const char column : kTypes) {
       const bool aliphatic = (code == 'A' && column == 'L') || (code == 'L' && column == 'A');
@@ -44,47 +44,30 @@ std::string similarityTable(double same, double alanineLeucine, double other) {
     }
     rows += '\n';
   }
-  return header(columns, format) + rows;
+  return header(columns) + rows;
 }
 
 /// Twelve equal triplets of alanine whose shifts are the query's own secondary shifts.
 std::string tripletLibrary() {
-  std::string columns = "SOURCE", format = "%s", cells;
-  for (int p = 1; p <= 3; ++p) {
-    const std::string position = "_R" + std::to_string(p);
+  std::string columns = "VARS SOURCE", format = "FORMAT %s", row = "library";
+  for (const std::string position : {"_R1", "_R2", "_R3"}) {
     columns += " RESNAME" + position;
-    format += " %s";
-    cells += " A";
-    for (std::size_t a = 0; a < kAtoms.size(); ++a) {
-      columns += ' ' + std::string(kAtoms[a]) + position;
-      format += " %f";
-      cells += std::array{" -2.0", " -0.3", " 2.0", " 2.4", " -0.4", " -0.2"}[a];
-    }
+    for (const char* atom : kAtoms) columns += ' ' + (atom + position);
+    format += " %s %f %f %f %f %f %f";
+    row += " A -2.0 -0.3 2.0 2.4 -0.4 -0.2";
   }
-  std::string rows;
-  for (int i = 0; i < 12; ++i) rows += "library" + cells + '\n';
-  return header(columns, format) + rows;
+  std::string text = columns + '\n' + format + "\n\n";
+  for (int i = 0; i < 12; ++i) text += row + '\n';
+  return text;
 }
 
 std::string limitTable() {
-  std::string columns = "RESNAME", format = "%s", cells;
+  std::string columns = "RESNAME", cells;
   for (const char* atom : kAtoms) {
     columns += std::string(" ") + atom + "_MIN " + atom + "_MAX";
-    format += " %f %f";
     cells += std::string(atom) == "N" ? " -20 20" : " -6 6";
   }
-  return header(columns, format) + everyType(cells);
-}
-
-std::string chi1Table() {
-  std::string columns = "RESNAME", format = "%s", leucine = "L", tryptophan = "W";
-  for (int bin = 0; bin <= 10; ++bin) {
-    columns += ' ' + std::to_string(bin);
-    format += " %f";
-    leucine += bin == 2 ? " 0.90" : bin == 5 ? " 0.06" : bin == 10 ? " 0.04" : " 0";
-    tryptophan += " 0";
-  }
-  return header(columns, format) + leucine + '\n' + tryptophan + '\n';
+  return header(columns) + everyType(cells);
 }
 
 struct FragmentCentre {
@@ -148,15 +131,16 @@ void writeInstallation(const fs::path& directory) {
   writeFile(tab / "rcadj.tab", atomTable("A 0 0 0 0 0 0.10\n"));
   writeFile(tab / "rcprev.tab", atomTable("A -0.50 0 0 0 0 0\n"));
   writeFile(tab / "rcnext.tab", atomTable("A 0 0 0 -0.20 0 0\n"));
-  writeFile(tab / "isoadj.tab", header("RESNAME CA CB", "%s %f %f") + everyType("-0.40 -0.60"));
+  writeFile(tab / "isoadj.tab", header("RESNAME CA CB") + everyType("-0.40 -0.60"));
   writeFile(tab / "sslimit.tab", limitTable());
   writeFile(tab / "homology.tab", similarityTable(0, 0, 0.1));
   writeFile(tab / "weight.tab",
-            header("RESNAME N HA C CA CB HN W", "%s %f %f %f %f %f %f %f") +
+            header("RESNAME N HA C CA CB HN W") +
                 "R1 1 1 1 1 1 1 1\nR2 1 1 1 1 1 1 1\nR3 1 1 1 1 1 1 1\nAVG 1 1 1 1 1 1 1\n");
   writeFile(tab / "BLOSUM62.tab", similarityTable(4, 0, -1));
   writeFile(tab / "orbel_obsCS.tab", tripletLibrary());
-  writeFile(tab / "chi1.tab", chi1Table());
+  writeFile(tab / "chi1.tab", header("RESNAME 0 1 2 3 4 5 6 7 8 9 10") +
+                                  "L 0 0 0.90 0 0 0.06 0 0 0 0 0.04\nW 0 0 0 0 0 0 0 0 0 0 0\n");
   writeFile(tab / "orbel.tab", database());
   writeNetworks(tab);
 }
@@ -207,66 +191,6 @@ Query helixQuery(int firstResid) {
     }
   }
   return query;
-}
-
-namespace {
-
-using Point = std::array<double, 3>;
-
-Point subtract(const Point& a, const Point& b) {
-  return {a[0] - b[0], a[1] - b[1], a[2] - b[2]};
-}
-Point cross(const Point& a, const Point& b) {
-  return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
-}
-Point unit(const Point& a) {
-  const double length = std::hypot(a[0], a[1], a[2]);
-  return {a[0] / length, a[1] / length, a[2] / length};
-}
-
-/// The atom bonded to `c` at `length`, with bond angle b-c-atom and dihedral a-b-c-atom (degrees).
-Point place(const Point& a, const Point& b, const Point& c, double length, double angle, double dihedral) {
-  const double radian = std::acos(-1.0) / 180.0;
-  const Point along = unit(subtract(c, b)), normal = unit(cross(subtract(b, a), along));
-  const Point side = cross(normal, along);
-  const double x = -length * std::cos(angle * radian), s = length * std::sin(angle * radian);
-  Point atom = c;
-  for (std::size_t i = 0; i < 3; ++i)
-    atom[i] += x * along[i] + s * std::cos(dihedral * radian) * side[i] +
-               s * std::sin(dihedral * radian) * normal[i];
-  return atom;
-}
-
-}  // namespace
-
-std::string peptidePdb(int firstResid, const std::vector<Torsions>& residues) {
-  Point n{0, 0, 0}, ca{1.46, 0, 0}, c{2.0, 1.42, 0};
-  std::string text;
-  int serial = 0, resid = firstResid;
-  const auto record = [&](const char* name, const Point& p) {
-    char line[96];
-    std::snprintf(line, sizeof line, "ATOM  %5d  %-3s LEU A%4d    %8.3f%8.3f%8.3f  1.00 10.00\n", ++serial,
-                  name, resid, p[0], p[1], p[2]);
-    text += line;
-  };
-  for (const Torsions& torsions : residues) {
-    if (resid != firstResid) {
-      const Torsions& previous = residues[std::size_t(resid - 1 - firstResid)];
-      const Point nextN = place(n, ca, c, 1.33, 116.0, previous.psi);
-      const Point nextCA = place(ca, c, nextN, 1.46, 122.0, 180.0);
-      c = place(c, nextN, nextCA, 1.52, 111.0, torsions.phi);
-      n = nextN;
-      ca = nextCA;
-    }
-    const Point cb = place(c, n, ca, 1.53, 110.0, -122.0);
-    record("N", n);
-    record("CA", ca);
-    record("C", c);
-    record("CB", cb);
-    record("CG", place(n, ca, cb, 1.53, 114.0, torsions.chi1));
-    ++resid;
-  }
-  return text + "END\n";
 }
 
 }  // namespace support

@@ -16,7 +16,6 @@
 #include <set>
 #include <string>
 #include <utility>
-#include <vector>
 
 #include "support/process.h"
 
@@ -43,11 +42,5 @@ struct Query {
 /// and equal. An alanine between alanines has the secondary shifts N -2, HA -0.3, C 2, CA 2.4, CB -0.4,
 /// HN -0.2.
 Query helixQuery(int firstResid = 1);
-
-struct Torsions {
-  double phi, psi, chi1;  ///< degrees
-};
-/// Backbone, CB and CG of a chain of leucines numbered from `firstResid`, as PDB records.
-std::string peptidePdb(int firstResid, const std::vector<Torsions>& residues);
 
 }  // namespace support

@@ -1,7 +1,6 @@
 // The network weight tables of the synthetic installation: constant outputs, or one switch on one input.
 #include "support/synthetic_networks.h"
 
-#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <fstream>
@@ -84,39 +83,26 @@ void writeNetwork(const fs::path& stem, const Level& first, const Level& second,
   writeLevel(stem.string() + ".level2", second, members);
 }
 
-/// 324 outputs that become `weighted` (box -> value) once multiplied by the root of the box densities.
-std::vector<double> bump(const std::map<int, double>& weighted) {
+/// 324 outputs that become `values` in `boxes` once multiplied by the root of the box densities.
+std::vector<double> bump(const std::vector<int>& boxes, const std::vector<double>& values) {
   static const std::map<int, double> density{
       {77, 0.05177},  {78, 0.13347},  {79, 0.16829},  {95, 0.10731},  {96, 0.26618},  {97, 0.29894},
       {113, 0.09856}, {114, 0.23518}, {115, 0.24731}, {190, 0.00729}, {191, 0.00733}, {192, 0.00394},
       {208, 0.01754}, {209, 0.01463}, {210, 0.00691}, {226, 0.02057}, {227, 0.01343}, {228, 0.00549}};
   std::vector<double> outputs(324, 0.0);
-  for (const auto& [box, value] : weighted) outputs[std::size_t(box)] = value / std::sqrt(density.at(box));
+  for (std::size_t k = 0; k < boxes.size(); ++k)
+    outputs[std::size_t(boxes[k])] = values[k] / std::sqrt(density.at(boxes[k]));
   return outputs;
 }
 
 std::vector<double> helixBump(double centre) {
-  return bump({{96, centre},
-               {95, 0.86},
-               {97, 0.82},
-               {78, 0.78},
-               {114, 0.74},
-               {77, 0.70},
-               {79, 0.66},
-               {113, 0.62},
-               {115, 0.58}});
+  return bump({96, 95, 97, 78, 114, 77, 79, 113, 115},
+              {centre, 0.86, 0.82, 0.78, 0.74, 0.70, 0.66, 0.62, 0.58});
 }
 
 void writePhiPsiNetworks(const fs::path& tab) {
-  const std::vector<double> leftHanded = bump({{209, 0.90},
-                                               {190, 0.70},
-                                               {191, 0.70},
-                                               {192, 0.70},
-                                               {208, 0.70},
-                                               {210, 0.70},
-                                               {226, 0.70},
-                                               {227, 0.70},
-                                               {228, 0.70}});
+  const std::vector<double> leftHanded = bump({209, 190, 191, 192, 208, 210, 226, 227, 228},
+                                              {0.90, 0.70, 0.70, 0.70, 0.70, 0.70, 0.70, 0.70, 0.70});
   // Five residues of 32 inputs, residue type first: 2 * 32 + 5 is the centre's similarity to glycine (4 or
   // less).
   const int glycine = 69;

@@ -5,6 +5,7 @@
 #include <array>
 #include <cmath>
 #include <random>
+#include <tuple>
 
 #include "tables/table_test.h"
 
@@ -41,12 +42,10 @@ TEST_F(DBTest, ReadsRecordsInFileOrder) {
                   {"1abc", 'A', 12, {1, 2, 3}, 4}};
   for (int i = 0; i < 4; ++i) {
     const auto k = static_cast<std::size_t>(i);
-    EXPECT_EQ(db.source(i), expected[i].source);
-    EXPECT_EQ(db.dbResName[k], expected[i].resName);
-    EXPECT_EQ(db.dbResid[k], expected[i].resid);
-    for (std::size_t a = 0; a < 3; ++a)
-      EXPECT_EQ(db.angles(i)[a], expected[i].angles[a]) << i << " angle " << a;
-    EXPECT_EQ(db.dbClass[k], expected[i].boxClass);
+    const float* angles = db.angles(i);
+    EXPECT_EQ(std::tuple(db.source(i), db.dbResName[k], db.dbResid[k], db.dbClass[k]),
+              std::tuple(expected[i].source, expected[i].resName, expected[i].resid, expected[i].boxClass));
+    EXPECT_EQ((std::array<float, 3>{angles[0], angles[1], angles[2]}), expected[i].angles) << i;
     EXPECT_EQ(shiftsOf(db, i), (std::array<float, 12>{1.5F, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12})) << i;
   }
   EXPECT_EQ(db.sourceNames.size(), 3U) << "one name per run";
@@ -62,17 +61,15 @@ TEST_F(DBTest, KeepsIncompleteRecordsAsFarAsTheyGo) {
     float phi, psi;
     std::uint32_t boxClass;
     float firstShift, firstScale;
-  } cases[] = {
-      {"   ", "", 'X', 0, 9999, 9999, 0, 0, 0},
-      {"p", "p", 'X', 0, 9999, 9999, 0, 0, 0},
-      {"p A", "p", 'A', 0, 9999, 9999, 0, 0, 0},
-      {"p ALA 5 1 2 3 4", "p", 'A', 0, 9999, 9999, 0, 0, 0},
-      {"p A 5 1 x 3 4", "p", 'A', 5, 1, 9999, 0, 0, 0},
-      {"p A 5.5 1 2 3 1 2 3", "p", 'A', 5, 0.5F, 1, 3, 1, 2},
-      {"p A 5 1 2 3 4 1.5", "p", 'A', 5, 1, 2, 4, 1.5F, 0},
-      {"p A 4294967297 1 2 3 -1 1 0.5 1e", "p", 'A', 4294967295U, 1, 2, 4294967295U, 1, 0.5F},
-      {"p A 5 nan 2 3 4 inf 2 1 1", "p", 'A', 5, 9999, 2, 4, 0, 0},
-  };
+  } cases[] = {{"   ", "", 'X', 0, 9999, 9999, 0, 0, 0},
+               {"p", "p", 'X', 0, 9999, 9999, 0, 0, 0},
+               {"p A", "p", 'A', 0, 9999, 9999, 0, 0, 0},
+               {"p ALA 5 1 2 3 4", "p", 'A', 0, 9999, 9999, 0, 0, 0},
+               {"p A 5 1 x 3 4", "p", 'A', 5, 1, 9999, 0, 0, 0},
+               {"p A 5.5 1 2 3 1 2 3", "p", 'A', 5, 0.5F, 1, 3, 1, 2},
+               {"p A 5 1 2 3 4 1.5", "p", 'A', 5, 1, 2, 4, 1.5F, 0},
+               {"p A 4294967297 1 2 3 -1 1 0.5 1e", "p", 'A', 4294967295U, 1, 2, 4294967295U, 1, 0.5F},
+               {"p A 5 nan 2 3 4 inf 2 1 1", "p", 'A', 5, 9999, 2, 4, 0, 0}};
   std::string content = "# first record on line 2\n";
   for (const auto& c : cases) content += std::string(c.line) + "\n";
   DB db;
@@ -84,14 +81,12 @@ TEST_F(DBTest, KeepsIncompleteRecordsAsFarAsTheyGo) {
   for (int i = 0; i < db.entryCount; ++i) {
     const auto& c = cases[i];
     const auto k = static_cast<std::size_t>(i);
-    EXPECT_EQ(db.source(i), c.source) << c.line;
-    EXPECT_EQ(db.dbResName[k], c.resName) << c.line;
-    EXPECT_EQ(db.angles(i)[0], c.phi) << c.line;
-    EXPECT_EQ(db.angles(i)[1], c.psi) << c.line;
-    EXPECT_EQ(db.dbClass[k], c.boxClass) << c.line;
-    EXPECT_EQ(db.shifts(i)[0], c.firstShift) << c.line;
-    EXPECT_EQ(db.shifts(i)[1], c.firstScale) << c.line;
-    EXPECT_EQ(db.shifts(i)[11], 0.0F) << c.line;
+    EXPECT_EQ(std::tuple(db.source(i), db.dbResName[k], db.angles(i)[0], db.angles(i)[1], db.dbClass[k]),
+              std::tuple(c.source, c.resName, c.phi, c.psi, c.boxClass))
+        << c.line;
+    EXPECT_EQ(std::tuple(db.shifts(i)[0], db.shifts(i)[1], db.shifts(i)[11]),
+              std::tuple(c.firstShift, c.firstScale, 0.0F))
+        << c.line;
     if (c.resid != 4294967295U) {
       EXPECT_EQ(db.dbResid[k], c.resid) << c.line;
     }
@@ -103,19 +98,19 @@ TEST_F(DBTest, AgreesWithTheFormattedScan) {
   const char* const spellings[] = {"%.9g", "%8.3f", "%+.4e", "%.30g", "%a", "%.0f."};
   std::string content;
   std::vector<std::array<float, 12>> expected(300);
-  char buffer[400];
   for (auto& shifts : expected) {
-    std::string line = "p A 1 0 0 0 0";
+    content += "p A 1 0 0 0 0";
     for (float& shift : shifts) {
+      // Now and then a number just above the middle of two floats, where a detour over double rounds the
+      // other way.
+      char cell[400] = "1.0000000596046447754";
       const double value =
           std::ldexp(static_cast<double>(random()) - 2e9, static_cast<int>(random() % 120) - 90);
-      std::snprintf(buffer, sizeof buffer, spellings[random() % 6], value);
-      // Just above the middle of two floats, where a detour over double rounds the other way.
-      if (random() % 50 == 0) std::snprintf(buffer, sizeof buffer, "1.0000000596046447754");
-      line += std::string(" ") + buffer;
-      ASSERT_EQ(std::sscanf(buffer, "%f", &shift), 1);
+      if (random() % 50 != 0) std::snprintf(cell, sizeof cell, spellings[random() % 6], value);
+      content += std::string(" ") + cell;
+      ASSERT_EQ(std::sscanf(cell, "%f", &shift), 1);
     }
-    content += line + "\n";
+    content += "\n";
   }
   DB db;
   EXPECT_EQ(standardErrorOf([&] { db.loadDB(file(content)); }), "");
@@ -155,10 +150,6 @@ TEST_F(DBTest, ASecondLoadReplacesTheFirst) {
   EXPECT_EQ(db.entryCount, 1);
   EXPECT_EQ(db.source(0), "r");
   EXPECT_EQ(db.sourceNames.size(), 1U);
-  for (const std::string& missing : {path("none"), path("")}) {
-    EXPECT_EXIT(db.loadDB(missing), testing::ExitedWithCode(0),
-                "^\tCan't open database file .* for reading\n$");
-  }
 }
 
 }  // namespace

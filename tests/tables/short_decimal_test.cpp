@@ -5,6 +5,7 @@
 
 #include <cstdlib>
 #include <random>
+#include <sstream>
 #include <string>
 
 namespace {
@@ -41,27 +42,12 @@ TEST(ShortDecimal, EqualsTheLibraryOnPlainNumbers) {
 }
 
 TEST(ShortDecimal, LeavesEverythingElse) {
-  for (const char* text : {"",
-                           "-",
-                           ".",
-                           "-.",
-                           "+1",
-                           "--1",
-                           "1-",
-                           "1e5",
-                           "1.2.3",
-                           "0x10",
-                           "nan",
-                           "-inf",
-                           "1,5",
-                           "12345678.5",
-                           "1234567890123456",
-                           "0.00000000000001",
-                           "1.2345678x",
-                           "\xb1"
-                           "5",
-                           "5\xb0",
-                           "1.\xae"}) {
+  const std::string texts =
+      ";-;.;-.;+1;--1;1-;1e5;1.2.3;0x10;nan;-inf;1,5;12345678.5;1234567890123456;0.00000000000001;1.2345678x;"
+      "\xb1"
+      "5;5\xb0;1.\xae;";
+  std::istringstream in(texts);
+  for (std::string text; std::getline(in, text, ';');) {
     EXPECT_FALSE(checkAgainstLibrary(text, ' ')) << text;
   }
   EXPECT_EQ(scanShortDecimal("12x45 7 8 9 0 1 2 3 4").length, 0U);

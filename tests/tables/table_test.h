@@ -1,11 +1,9 @@
 // Files of a test's own and captured standard error for the tests of the table readers.
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <fstream>
 #include <string>
 
+#include "support/capture.h"
 #include "support/process.h"
 
 class TableTest : public testing::Test {
@@ -13,7 +11,7 @@ class TableTest : public testing::Test {
   std::string path(const std::string& name) const { return (directory / name).string(); }
   /// Writes `content` to `name` and gives its path.
   std::string file(const std::string& content, const std::string& name = "in.tab") const {
-    std::ofstream(path(name), std::ios::binary) << content;
+    support::writeFile(path(name), content);
     return path(name);
   }
   std::string read(const std::string& name) const { return support::readFile(path(name)); }
@@ -25,7 +23,5 @@ class TableTest : public testing::Test {
 /// Standard error of `run`.
 template <class Function>
 std::string standardErrorOf(Function run) {
-  testing::internal::CaptureStderr();
-  run();
-  return testing::internal::GetCapturedStderr();
+  return support::captured(run).err;
 }

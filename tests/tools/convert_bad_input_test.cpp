@@ -13,6 +13,7 @@ namespace {
 using support::Converted;
 using support::convertString;
 using support::replaced;
+using support::with;
 
 const std::string kStar =                                                   // line
     "data_1\nsave_protein\n_Entity.ID 1\nloop_\n_Entity_poly_seq.Num\n"     // 1-5
@@ -34,7 +35,11 @@ TEST(ConvertBadInput, OneMessageWithTheLine) {
   ASSERT_TRUE(convertString(kStar).ok) << convertString(kStar).report();
   const std::string csv =
       "resid,resname,atom,shift\n1,GLY,CA,45.1\n2,ALA,CA,52.4\n3,LEU,CA,55.1\n3,LEU,CB,42.0\n";
+  std::string otherChain = kStar;
+  for (const char* name : {"GLY CA", "ALA CA", "LEU CA", "LYS CA", "GLU CA"})
+    otherChain = replaced(otherChain, name, "TRP CA");
   const std::vector<BadCase> cases = {
+      {"many other types", otherChain, 22, "residue 1 is GLY in the sequence, TRP in the shift list"},
       {"cut off between rows", kStar.substr(0, kStar.find("1 5 GLU")), 26, "cut off"},
       {"cut off in a row", kStar.substr(0, kStar.find(" 56.2")), 25, "5 columns"},
       {"cut off before the shifts", kStar.substr(0, kStar.find("4 LYS")), 10, "cut off"},
@@ -74,13 +79,12 @@ TEST(ConvertBadInput, OneMessageWithTheLine) {
 }
 
 TEST(ConvertBadInput, DoubtfulRowsAreTakenOrSkippedWithAWarning) {
-  struct Case {
+  const struct {
     const char* name;
     std::string text;
     std::size_t rows;
     const char* warning;
-  };
-  const std::vector<Case> cases = {
+  } cases[] = {
       {"one residue of another type", replaced(kStar, "1 3 LEU CA", "1 3 ILE CA"), 5,
        "input.txt:24: warning: residue types differ"},
       {"zero", replaced(kStar, "55.1", "0.000"), 5, "input.txt:24: warning: a shift of 0"},
@@ -89,7 +93,7 @@ TEST(ConvertBadInput, DoubtfulRowsAreTakenOrSkippedWithAWarning) {
       {"the same value twice", replaced(kStar, "1 3 LEU", "1 2 ALA CA 52.40\n1 3 LEU"), 6,
        "input.txt:24: warning: A2 CA"},
       {"one impossible shift", replaced(kStar, "55.1", "155.1"), 6, "input.txt:24: warning: no protein has"}};
-  for (const Case& c : cases) {
+  for (const auto& c : cases) {
     const Converted result = convertString(c.text);
     EXPECT_TRUE(result.ok) << c.name << result.report();
     EXPECT_EQ(result.rows().size(), c.rows) << c.name << result.report();
@@ -99,21 +103,9 @@ TEST(ConvertBadInput, DoubtfulRowsAreTakenOrSkippedWithAWarning) {
       EXPECT_NE(result.report().find(c.warning), std::string::npos) << result.report();
     }
   }
-  convert::Settings settings;
-  settings.keepFirst = true;
-  const Converted first = convertString(replaced(kStar, "1 3 LEU", "1 2 ALA CA 52.9\n1 3 LEU"), settings);
+  const Converted first = convertString(replaced(kStar, "1 3 LEU", "1 2 ALA CA 52.9\n1 3 LEU"),
+                                        with(&convert::Settings::keepFirst, true));
   EXPECT_EQ(first.rows()[1], "2 A CA 52.4");
-}
-
-TEST(ConvertBadInput, ManyOtherTypesAreAnotherChain) {
-  std::string text = kStar;
-  for (const char* name : {"GLY CA", "ALA CA", "LEU CA", "LYS CA", "GLU CA"})
-    text = replaced(text, name, "TRP CA");
-  const Converted result = convertString(text);
-  EXPECT_FALSE(result.ok);
-  EXPECT_EQ(result.error().line, 22) << result.report();
-  EXPECT_NE(result.error().text.find("residue 1 is GLY in the sequence, TRP in the shift list"),
-            std::string::npos);
 }
 
 int convertProgram(const support::TempDir& folder, const std::vector<std::string>& arguments,
@@ -149,16 +141,15 @@ TEST(ConvertBadInput, ProgramLeavesNoHalfWrittenFile) {
 TEST(ConvertBadInput, CommandLine) {
   const support::TempDir folder;
   std::string said;
-  const std::vector<std::pair<std::vector<std::string>, std::string>> wrong = {
-      {{}, "which file"},
-      {{"a", "b", "-o", "c"}, "one input file"},
-      {{"a"}, "-o"},
-      {{"a", "-o"}, "needs a value"},
-      {{"a", "-o", "c", "--chian", "A"}, "did you mean --chain?"},
-      {{"a", "-o", "c", "--strict=yes"}, "takes no value"},
-      {{"a", "-o", "c", "--format", "pdb"}, "unknown format"}};
+  const std::pair<const char*, const char*> wrong[] = {{"", "which file"},
+                                                       {"a b -o c", "one input file"},
+                                                       {"a", "-o"},
+                                                       {"a -o", "needs a value"},
+                                                       {"a -o c --chian A", "did you mean --chain?"},
+                                                       {"a -o c --strict=yes", "takes no value"},
+                                                       {"a -o c --format pdb", "unknown format"}};
   for (const auto& [arguments, message] : wrong) {
-    EXPECT_EQ(convertProgram(folder, arguments, said), 2) << said;
+    EXPECT_EQ(convertProgram(folder, support::split(arguments), said), 2) << said;
     EXPECT_NE(said.find(message), std::string::npos) << said;
   }
   EXPECT_EQ(convertProgram(folder, {"absent.str", "-o", "c"}, said), 1) << said;

@@ -9,39 +9,19 @@ namespace {
 
 using support::Converted;
 using support::convertString;
-using support::replaced;
+using support::with;
 
 using Rows = std::vector<std::string>;
 
 convert::Settings withSequence(const support::TempDir& folder, const std::string& text,
                                const std::string& name = "sequence.fasta") {
   support::writeFile(folder / name, text);
-  convert::Settings settings;
-  settings.sequenceFile = (folder / name).string();
-  return settings;
+  return with(&convert::Settings::sequenceFile, (folder / name).string());
 }
 
 const std::string kProt =
     "# shifts\n  1  8.310 0.020 HN   7\n  2 61.900 0.200 CA  7\n  3 999.000 0.000 CB 7\n"
     "  4 3.90 0.02 HA1 8\n  5 4.10 0.02 HA2 8\n  6 57.0 0.2 CA 9\n  7 176.1 0.2 C 21\n";
-
-TEST(ConvertLists, FormatsAreRecognisedByTheirContent) {
-  using convert::Format;
-  const std::vector<std::pair<std::string, Format>> cases = {
-      {kProt, Format::Xeasy},
-      {"THR 7\nGLY\n", Format::XeasySequence},
-      {"\n Group Atom Nuc Shift SDev Assignments\n\n T7 CA 13C 61.9 0.0 3\n", Format::Sparky},
-      {"T7 CA 13C 61.9\n", Format::Sparky},
-      {"#NUM AA HA CA CB CO N HN\n", Format::Shifty},
-      {"resid,resname,atom,shift\n", Format::Delimited},
-      {"REMARK x\nVARS RESID RESNAME ATOMNAME SHIFT\n", Format::Table},
-      {">1UBQ\nMQIF\n", Format::Fasta},
-      {"# made by hand\ndata_1\nloop_\n_Atom_chem_shift.Val\n1\n", Format::NmrStar3},
-      {"data_1\nloop_\n_Chem_shift_value\n1\n", Format::NmrStar2},
-      {"data_1\n_nef_nmr_meta_data.format_version 1.1\n", Format::Nef},
-      {"data_1ABC\nloop_\n_atom_site.id\n1\n", Format::MmCif}};
-  for (const auto& [text, format] : cases) EXPECT_EQ(convert::recognise(text), format) << text;
-}
 
 TEST(ConvertLists, XeasyPairWithVariantsAndLinkers) {
   const support::TempDir folder;

@@ -8,6 +8,7 @@ namespace {
 using support::Converted;
 using support::convertString;
 using support::replaced;
+using support::with;
 
 // Five residues, the third a phosphoserine; a glycine with two HA; rows out of order.
 const std::string kEntry = R"(data_77001
@@ -28,15 +29,8 @@ GAXLK
 ;
 _Entity.Thiol_state 'not present'
 loop_
-_Entity_poly_seq.Num
-_Entity_poly_seq.Mon_ID
-_Entity_poly_seq.Comp_index_ID
-_Entity_poly_seq.Entity_ID
-1 GLY 1 1
-2 ALA 2 1
-3 SEP 3 1
-4 LEU 4 1
-5 LYS 5 1
+_Entity_poly_seq.Num _Entity_poly_seq.Mon_ID _Entity_poly_seq.Comp_index_ID _Entity_poly_seq.Entity_ID
+1 GLY 1 1   2 ALA 2 1   3 SEP 3 1   4 LEU 4 1   5 LYS 5 1
 stop_
 save_
 save_shifts_1
@@ -44,15 +38,9 @@ _Assigned_chem_shift_list.Sf_category assigned_chemical_shifts
 _Assigned_chem_shift_list.ID 1
 _Assigned_chem_shift_list.Sample_condition_list_label $conditions_1
 loop_
-_Atom_chem_shift.ID
-_Atom_chem_shift.Entity_assembly_ID
-_Atom_chem_shift.Comp_index_ID
-_Atom_chem_shift.Comp_ID
-_Atom_chem_shift.Atom_ID
-_Atom_chem_shift.Atom_type
-_Atom_chem_shift.Val
-_Atom_chem_shift.Ambiguity_code
-_Atom_chem_shift.Auth_seq_ID
+_Atom_chem_shift.ID _Atom_chem_shift.Entity_assembly_ID _Atom_chem_shift.Comp_index_ID
+_Atom_chem_shift.Comp_ID _Atom_chem_shift.Atom_ID _Atom_chem_shift.Atom_type _Atom_chem_shift.Val
+_Atom_chem_shift.Ambiguity_code _Atom_chem_shift.Auth_seq_ID
 1 1 2 ALA CA C 52.40 1 102
 2 1 1 GLY HA2 H 3.91 2 101
 3 1 1 GLY HA3 H 4.02 2 101
@@ -83,8 +71,8 @@ TEST(ConvertNmrStar, TakesTheBackboneAndSaysWhatItSkips) {
 }
 
 TEST(ConvertNmrStar, SameResultHoweverItIsWritten) {
-  std::string reordered = replaced(kEntry, "_Atom_chem_shift.ID\n_Atom_chem_shift.Entity_assembly_ID\n",
-                                   "_Atom_chem_shift.Entity_assembly_ID\n_atom_chem_shift.id\n");
+  std::string reordered = replaced(kEntry, "_Atom_chem_shift.ID _Atom_chem_shift.Entity_assembly_ID",
+                                   "_Atom_chem_shift.Entity_assembly_ID\n_atom_chem_shift.id");
   for (int id = 1; id <= 9; ++id) {
     const std::string n = std::to_string(id);
     reordered = replaced(reordered, "\n" + n + " 1 ", "\n1 row" + n + " ");
@@ -113,18 +101,17 @@ TEST(ConvertNmrStar, SequenceFromTheBestSourceThereIs) {
   const std::string index =
       "loop_\n_Entity_comp_index.ID\n_Entity_comp_index.Auth_seq_ID\n_Entity_comp_index.Comp_ID\n"
       "2 102 ALA\n1 101 GLY\n3 103 SEP\n4 104 LEU\n5 105 LYS\n";
-  struct Case {
+  const struct {
     const char* name;
     std::string text, sequence;
     bool warns;
-  };
-  const std::vector<Case> cases = {
+  } cases[] = {
       {"comp_index by number", replaced(kEntry, loop, index), "GAXLK", false},
       {"one-letter text", replaced(replaced(kEntry, loop, ""), "GAXLK", "GA(SEP)\nLK"), "GAXLK", false},
       {"shift rows", replaced(kEntry, frame, ""), "GAXLK", false},
       {"shift rows with a gap", replaced(replaced(kEntry, frame, ""), "6 1 3 SEP CA C 58.1 1 103\n", ""),
        "GAXLK", true}};
-  for (const Case& c : cases) {
+  for (const auto& c : cases) {
     const Converted result = convertString(c.text);
     EXPECT_EQ(result.conversion.sequence, c.sequence) << c.name << result.report();
     EXPECT_EQ(result.rows(), kRows) << c.name;
@@ -149,9 +136,7 @@ TEST(ConvertNmrStar, AuthorNumbersThatDoNotRiseByOneAreMapped) {
   EXPECT_EQ(result.conversion.firstResid, 1);
   EXPECT_EQ(result.rows().front(), "1 G HA2 3.91");
   EXPECT_NE(result.report().find("101A = 2"), std::string::npos) << result.report();
-  convert::Settings settings;
-  settings.firstResid = "-3";
-  EXPECT_EQ(convertString(text, settings).rows().front(), "-3 G HA2 3.91");
+  EXPECT_EQ(convertString(text, with(&convert::Settings::firstResid, "-3")).rows().front(), "-3 G HA2 3.91");
 }
 
 // Two copies of the protein in the assembly, shifts for the first one; then for both.
@@ -174,9 +159,9 @@ TEST(ConvertNmrStar, ChainsAndListsAreChosenWhenItMatters) {
     EXPECT_NE(undecided.error().text.find(choice), std::string::npos) << undecided.error().text;
   }
   for (const char* name : {"2", "Q", "subunit 2"}) {
-    convert::Settings settings;
-    settings.chain = name;
-    EXPECT_EQ(convertString(both, settings).rows(), (std::vector<std::string>{"105 K C 176.512"})) << name;
+    EXPECT_EQ(convertString(both, with(&convert::Settings::chain, name)).rows(),
+              (std::vector<std::string>{"105 K C 176.512"}))
+        << name;
   }
 
   std::string second = kEntry.substr(kEntry.find("save_shifts_1"));
@@ -184,24 +169,17 @@ TEST(ConvertNmrStar, ChainsAndListsAreChosenWhenItMatters) {
   const std::string twoLists = kEntry + replaced(second, "52.40", "52.90");
   EXPECT_TRUE(convertString(twoLists).ambiguous);
   EXPECT_NE(convertString(twoLists).error().text.find("2 (reduced"), std::string::npos);
-  convert::Settings settings;
-  settings.list = "reduced";
-  EXPECT_EQ(convertString(twoLists, settings).rows()[3], "102 A CA 52.90");
+  EXPECT_EQ(convertString(twoLists, with(&convert::Settings::list, "reduced")).rows()[3], "102 A CA 52.90");
 }
 
 TEST(ConvertNmrStar, OptionsForDoubtfulRows) {
-  convert::Settings settings;
-  settings.skipAmbiguous = true;
-  EXPECT_EQ(convertString(kEntry, settings).rows().size(), kRows.size() - 1);
-  settings = {};
-  settings.strict = true;
-  EXPECT_FALSE(convertString(kEntry, settings).ok);
+  EXPECT_EQ(convertString(kEntry, with(&convert::Settings::skipAmbiguous, true)).rows().size(),
+            kRows.size() - 1);
+  EXPECT_FALSE(convertString(kEntry, with(&convert::Settings::strict, true)).ok);
   const std::string mse = replaced(kEntry, "SEP", "MSE");
   EXPECT_EQ(convertString(mse).conversion.sequence, "GAXLK");
-  settings = {};
-  settings.mseAsMet = true;
-  EXPECT_EQ(convertString(mse, settings).conversion.sequence, "GAMLK");
-  EXPECT_EQ(convertString(mse, settings).rows().size(), kRows.size() + 1);
+  EXPECT_EQ(convertString(mse, with(&convert::Settings::mseAsMet, true)).conversion.sequence, "GAMLK");
+  EXPECT_EQ(convertString(mse, with(&convert::Settings::mseAsMet, true)).rows().size(), kRows.size() + 1);
   const std::string oxidized =
       replaced(replaced(kEntry, "LYS", "CYS"), "'not present'", "'all disulfide bound'");
   EXPECT_EQ(convertString(oxidized).conversion.sequence, "GAXLc");
@@ -213,14 +191,17 @@ TEST(ConvertNmrStar, HintsFollowTheSampleNotTheSolvent) {
            "_Sample_component.Entity_ID\nprotein " +
            protein + " 1\nD2O " + solvent + " .\nstop_\nsave_\n" + kEntry;
   };
-  const std::string deuterated =
-      convertString(sample("'[U-13C; U-15N; U-2H]'", "'natural abundance'")).report();
-  EXPECT_NE(deuterated.find("-iso"), std::string::npos) << deuterated;
-  const std::string plain = convertString(sample("'[U-13C; U-15N]'", "'[U-2H]'")).report();
-  EXPECT_EQ(plain.find("-iso"), std::string::npos) << plain;
-  const std::string noProtons =
-      convertString(replaced(replaced(kEntry, "GLY HA", "GLY HX"), "ALA H ", "ALA HX ")).report();
-  EXPECT_NE(noProtons.find("-noproton"), std::string::npos) << noProtons;
+  const struct {
+    std::string text;
+    bool iso, noProton;
+  } cases[] = {{sample("'[U-13C; U-15N; U-2H]'", "'natural abundance'"), true, false},
+               {sample("'[U-13C; U-15N]'", "'[U-2H]'"), false, false},
+               {replaced(replaced(kEntry, "GLY HA", "GLY HX"), "ALA H ", "ALA HX "), true, true}};
+  for (const auto& c : cases) {
+    const std::string report = convertString(c.text).report();
+    EXPECT_EQ(report.find("-iso") != std::string::npos, c.iso) << report;
+    EXPECT_EQ(report.find("-noproton") != std::string::npos, c.noProton) << report;
+  }
 }
 
 TEST(ConvertNmrStar, Version2) {
@@ -233,26 +214,15 @@ _Mol_residue_sequence
 KVF
 G
 ;
-loop_
-_Residue_seq_code
-_Residue_author_seq_code
-_Residue_label
-1 -1 LYS   2 0 VAL
-3 1 PHE    4 2 GLY
+loop_ _Residue_seq_code _Residue_author_seq_code _Residue_label
+1 -1 LYS   2 0 VAL   3 1 PHE   4 2 GLY
 stop_
 save_
 save_shifts
 _Saveframe_category assigned_chemical_shifts
 _Sample_conditions_label $cond
-loop_
-_Atom_shift_assign_ID
-_Residue_seq_code
-_Residue_label
-_Atom_name
-_Atom_type
-_Chem_shift_value
-_Chem_shift_value_error
-_Chem_shift_ambiguity_code
+loop_ _Atom_shift_assign_ID _Residue_seq_code _Residue_label
+_Atom_name _Atom_type _Chem_shift_value _Chem_shift_value_error _Chem_shift_ambiguity_code
 1 1 LYS HA H 4.1 0.02 1
 2 4 GLY HA3 H 4.3 . 2
 3 3 PHE N N 120.1 @ 1

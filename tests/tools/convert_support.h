@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "convert/conversion.h"
@@ -40,6 +41,14 @@ struct Converted {
     return found;
   }
 };
+
+/// Settings with one member changed.
+template <class Member>
+convert::Settings with(Member convert::Settings::*member, const std::type_identity_t<Member>& value) {
+  convert::Settings settings;
+  settings.*member = value;
+  return settings;
+}
 
 inline Converted convertString(const std::string& text, const convert::Settings& settings = {},
                                const std::string& file = "input.txt") {

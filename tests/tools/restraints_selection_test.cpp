@@ -1,7 +1,10 @@
 // Which residues become restraints, how wide, and what is said about the others.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <filesystem>
 #include <sstream>
+#include <tuple>
 
 #include "restraints/options.h"
 #include "restraints/program.h"
@@ -21,15 +24,8 @@ using restraints::TorsionTable;
 
 TorsionRow row(int resid, char code, const char* className, double sd = 15, double phi = -60,
                double psi = -40) {
-  TorsionRow r;
-  r.resid = resid;
-  r.code = code;
-  r.className = className;
-  r.phi = phi;
-  r.psi = psi;
-  r.dphi = sd;
-  r.dpsi = sd;
-  return r;
+  return {
+      .resid = resid, .code = code, .phi = phi, .psi = psi, .dphi = sd, .dpsi = sd, .className = className};
 }
 
 TorsionTable table(const std::string& sequence, std::vector<TorsionRow> rows) {
@@ -41,12 +37,9 @@ TorsionTable table(const std::string& sequence, std::vector<TorsionRow> rows) {
 
 Chi1Row chi1(int resid, char code, const char* className, double probability, double angle, double sd = 10) {
   Chi1Row r;
-  r.resid = resid;
-  r.code = code;
-  r.className = className;
+  std::tie(r.resid, r.code, r.className) = std::tie(resid, code, className);
+  std::tie(r.chi1, r.dchi1) = std::tie(angle, sd);
   (r.className == "g-" ? r.gm : r.className == "g+" ? r.gp : r.t) = probability;
-  r.chi1 = angle;
-  r.dchi1 = sd;
   return r;
 }
 
@@ -58,57 +51,57 @@ std::string names(const RestraintList& list) {
   return text;
 }
 
-std::string report(const RestraintList& list) {
-  std::string text;
-  for (const std::string& statement : list.report) text += statement + "\n";
-  return text;
+/// Whether the report has a statement with `part` in it.
+bool reports(const RestraintList& list, const std::string& part) {
+  return std::any_of(list.report.begin(), list.report.end(),
+                     [&](const std::string& statement) { return statement.find(part) != std::string::npos; });
 }
 
-TEST(RestraintSelection, OnlyReliableClassesUnlessAsked) {
-  const TorsionTable t =
+TEST(RestraintSelection, ReliableClassesChainEndsAndMissingAngles) {
+  const TorsionTable classes =
       table("AAAAAAAA", {row(2, 'A', "Strong"), row(3, 'A', "Generous"), row(4, 'A', "Warn"),
                          row(5, 'A', "Dyn"), row(6, 'A', "Bad"), row(7, 'A', "None", 0, 9999, 9999)});
-  Options options;
-  const RestraintList standard = selectRestraints(t, {}, options);
-  EXPECT_EQ(names(standard), "2PHI 2PSI 3PHI 3PSI");
-  EXPECT_NE(report(standard).find("skipped, class Warn: 1 (residues 4)"), std::string::npos);
-  EXPECT_NE(report(standard).find("skipped, class None: 1 (residues 7)"), std::string::npos);
-  options.classes = {"Strong"};
-  EXPECT_EQ(names(selectRestraints(t, {}, options)), "2PHI 2PSI");
-  options.classes = {"Warn", "Dyn"};
-  const RestraintList asked = selectRestraints(t, {}, options);
-  EXPECT_EQ(names(asked), "4PHI 4PSI 5PHI 5PSI");
-  EXPECT_NE(report(asked).find("class Dyn was asked for"), std::string::npos);
-}
-
-TEST(RestraintSelection, ChainEndsAndMissingAngles) {
-  const TorsionTable t = table("AAA", {row(1, 'A', "Strong"), row(2, 'A', "Strong", 10, 9999, -40),
-                                       row(3, 'A', "Strong", 10, -60, 999)});
-  const RestraintList list = selectRestraints(t, {}, Options{});
-  EXPECT_EQ(names(list), "1PSI 2PSI 3PHI");
-  EXPECT_NE(report(list).find("PHI of the first residue: 1 (residues 1)"), std::string::npos);
-  EXPECT_NE(report(list).find("PSI of the last residue: 1 (residues 3)"), std::string::npos);
-  EXPECT_NE(report(list).find("PHI: no angle: 1 (residues 2)"), std::string::npos);
+  const TorsionTable ends = table("AAA", {row(1, 'A', "Strong"), row(2, 'A', "Strong", 10, 9999, -40),
+                                          row(3, 'A', "Strong", 10, -60, 999)});
+  Options strong, asked;
+  strong.classes = {"Strong"};
+  asked.classes = {"Warn", "Dyn"};
+  const struct {
+    const TorsionTable& rows;
+    Options options;
+    const char* names;
+    std::vector<const char*> reports;
+  } cases[] = {{classes,
+                {},
+                "2PHI 2PSI 3PHI 3PSI",
+                {"skipped, class Warn: 1 (residues 4)", "skipped, class None: 1 (residues 7)"}},
+               {classes, strong, "2PHI 2PSI", {}},
+               {classes, asked, "4PHI 4PSI 5PHI 5PSI", {"class Dyn was asked for"}},
+               {ends,
+                {},
+                "1PSI 2PSI 3PHI",
+                {"PHI of the first residue: 1 (residues 1)", "PSI of the last residue: 1 (residues 3)",
+                 "PHI: no angle: 1 (residues 2)"}}};
+  for (const auto& c : cases) {
+    const RestraintList list = selectRestraints(c.rows, {}, c.options);
+    EXPECT_EQ(names(list), c.names);
+    for (const char* part : c.reports) EXPECT_TRUE(reports(list, part)) << part;
+  }
 }
 
 TEST(RestraintSelection, WidthRule) {
-  struct Case {
+  const struct {
     double sd, factor, floor, cap, width;  // width 0: no restraint
-  };
-  const std::vector<Case> cases = {{15, 2, 20, 179, 30},     {4, 2, 20, 179, 20}, {0, 2, 20, 179, 20},
-                                   {15, 3, 20, 179, 45},     {4, 1, 10, 179, 10}, {60, 2, 20, 90, 90},
-                                   {89.9, 2, 20, 179, 179},  {90, 2, 20, 179, 0}, {180, 2, 20, 60, 0},
-                                   {7.774, 2, 10, 179, 15.5}};
-  for (const Case& c : cases) {
+  } cases[] = {{15, 2, 20, 179, 30}, {4, 2, 20, 179, 20},      {0, 2, 20, 179, 20},     {15, 3, 20, 179, 45},
+               {4, 1, 10, 179, 10},  {60, 2, 20, 90, 90},      {89.9, 2, 20, 179, 179}, {90, 2, 20, 179, 0},
+               {180, 2, 20, 60, 0},  {7.774, 2, 10, 179, 15.5}};
+  for (const auto& c : cases) {
     SCOPED_TRACE(testing::Message() << c.sd << " x " << c.factor << ", " << c.floor << " to " << c.cap);
     Options options;
-    options.factor = c.factor;
-    options.floor = c.floor;
-    options.cap = c.cap;
+    std::tie(options.factor, options.floor, options.cap) = std::tie(c.factor, c.floor, c.cap);
     const RestraintList list = selectRestraints(table("AAA", {row(2, 'A', "Strong", c.sd)}), {}, options);
     ASSERT_EQ(list.restraints.size(), c.width > 0 ? 2U : 0U);
-    const bool reported = report(list).find("full circle") != std::string::npos;
-    EXPECT_EQ(reported, c.width == 0);
+    EXPECT_EQ(reports(list, "full circle"), c.width == 0);
     for (const Restraint& r : list.restraints) EXPECT_NEAR(r.halfWidth, c.width, 1e-9);
   }
 }
@@ -130,13 +123,11 @@ TEST(RestraintSelection, SideChains) {
              tool_tables::line("=%g+-%g ", r.centre, r.halfWidth);
   }
   EXPECT_EQ(found, "1:CG=178+-40 3:CG1=60+-30 4:CG1=-65+-30 ");
-  const std::string text = report(list);
-  EXPECT_NE(
-      text.find("valine chi1: 120 degrees added back to the table's value for N-CA-CB-CG1: residues 3, 4"),
-      std::string::npos);
-  EXPECT_NE(text.find("CHI1: backbone class Warn: 1 (residues 2)"), std::string::npos);
-  EXPECT_NE(text.find("CHI1: rotamer probability below 0.9: 1 (residues 5)"), std::string::npos);
-  EXPECT_NE(text.find("CHI1: no rotamer predicted: 1 (residues 8)"), std::string::npos);
+  for (const char* part :
+       {"valine chi1: 120 degrees added back to the table's value for N-CA-CB-CG1: residues 3, 4",
+        "CHI1: backbone class Warn: 1 (residues 2)", "CHI1: rotamer probability below 0.9: 1 (residues 5)",
+        "CHI1: no rotamer predicted: 1 (residues 8)"})
+    EXPECT_TRUE(reports(list, part)) << part;
 }
 
 TEST(RestraintSelection, ResidueRanges) {
@@ -144,86 +135,78 @@ TEST(RestraintSelection, ResidueRanges) {
   EXPECT_EQ(restraints::residueRanges({-2, -1, 0, 4, 6, 7, 9, 10, 11}), "-2 to 0, 4, 6, 7, 9-11");
 }
 
-/// Faulty tables and command lines: one message, the right status, no output.
-TEST(RestraintProgram, FaultsAreNamed) {
+class RestraintProgram : public testing::Test {
+ protected:
+  /// Status of a run on `table`; messages stay in `err`.
+  int run(const std::string& table, const char* target, const std::string& options) {
+    support::writeFile(dir / "pred.tab", table);
+    std::vector<std::string> words = {(dir / "pred.tab").string(), "-o", (dir / target).string()};
+    for (const std::string& word : support::split(options)) words.push_back(word);
+    err.str("");
+    return restraints::runProgram(words, out, err);
+  }
   const support::TempDir dir;
   const std::string good = tool_tables::torsionTable(
       "x", 1, "AAA", {{2, 'A', -60, -40, 5, 5, "Strong"}, {3, 'A', -60, -40, 5, 5, "Warn"}});
+  std::ostringstream out, err;
+};
+
+/// Faulty tables and command lines: one message, the right status, no output.
+TEST_F(RestraintProgram, FaultsAreNamed) {
   const auto changed = [&](const std::string& from, const std::string& to) {
     std::string text = good;
     text.replace(text.find(from), from.size(), to);
     return text;
   };
-  struct Case {
+  const std::string xplor = "--format xplor";
+  const struct {
     const char* name;
-    std::string content;
-    std::vector<std::string> options;
+    std::string content, options;
     int status;
     std::string message;
-  };
-  const std::vector<std::string> xplor = {"--format", "xplor"};
-  const std::vector<Case> cases = {
+  } cases[] = {
       {"value missing", changed("  -40.000", ""), xplor, 1, "pred.tab:10: expected 11 values, found 10"},
       {"no number", changed("  -60.000", "  minus60"), xplor, 1, "pred.tab:10: PHI is 'minus60'"},
       {"not a number", changed("  -60.000", "      nan"), xplor, 1, "pred.tab:10: PHI is 'nan'"},
       {"unknown class", changed("Warn", "Good"), xplor, 1, "pred.tab:11: CLASS is 'Good'"},
-      {"same residue twice", changed("    3 A", "    2 A"), xplor, 1,
-       "pred.tab:11: residue 2 does not follow"},
+      {"residue twice", changed("    3 A", "    2 A"), xplor, 1, "pred.tab:11: residue 2 does not follow"},
       {"column missing", changed(" DPHI", " XPHI"), xplor, 1, "no column DPHI"},
       {"bad format", changed("%2d %2d %s", "%2d %2x %s"), xplor, 1, "pred.tab:8: bad field format"},
       {"no rows", good.substr(0, good.find("    2 A")), xplor, 1, "no rows"},
       {"other file", "HEADER\nATOM\n", xplor, 1, "no VARS and FORMAT lines"},
       {"zero byte", good + std::string(1, '\0'), xplor, 1, "a zero byte"},
       {"nothing reliable", changed("Strong", "Bad"), xplor, 1, "no residue gives a restraint"},
-      {"no format", good, {}, 2, "--format is missing"},
-      {"unknown format", good, {"--format", "pdb"}, 2, "unknown format 'pdb'"},
-      {"unknown option", good, {"--format", "xplor", "--wide"}, 2, "unknown option --wide"},
-      {"no value", good, {"--format"}, 2, "--format needs a value"},
-      {"odd number", good, {"--format", "xplor", "--factor", "2x"}, 2, "--factor needs a number"},
-      {"class None", good, {"--format", "xplor", "--classes", "None"}, 2, "None has no angles"},
-      {"no structure", good, {"--format", "amber"}, 2, "--coordinates"},
-      {"flag with value", good, {"--format", "xplor", "--wrap=1"}, 2, "takes no value"},
-  };
-  for (const Case& c : cases) {
+      {"no format", good, "", 2, "--format is missing"},
+      {"unknown format", good, "--format pdb", 2, "unknown format 'pdb'"},
+      {"unknown option", good, "--format xplor --wide", 2, "unknown option --wide"},
+      {"no value", good, "--format", 2, "--format needs a value"},
+      {"odd number", good, "--format xplor --factor 2x", 2, "--factor needs a number"},
+      {"class None", good, "--format xplor --classes None", 2, "None has no angles"},
+      {"no structure", good, "--format amber", 2, "--coordinates"},
+      {"flag with value", good, "--format xplor --wrap=1", 2, "takes no value"}};
+  for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
-    support::writeFile(dir / "pred.tab", c.content);
-    std::vector<std::string> words = {(dir / "pred.tab").string(), "-o", (dir / "out").string()};
-    words.insert(words.end(), c.options.begin(), c.options.end());
-    std::ostringstream out, err;
-    EXPECT_EQ(restraints::runProgram(words, out, err), c.status);
+    EXPECT_EQ(run(c.content, "out", c.options), c.status);
     EXPECT_NE(err.str().find(c.message), std::string::npos) << err.str();
     EXPECT_FALSE(std::filesystem::exists(dir / "out"));
   }
 }
 
-TEST(RestraintProgram, UnwritableOutputLeavesNothingBehind) {
-  const support::TempDir dir;
-  support::writeFile(dir / "pred.tab",
-                     tool_tables::torsionTable("x", 1, "AAA", {{2, 'A', -60, -40, 5, 5, "Strong"}}));
+TEST_F(RestraintProgram, UnwritableOutputLeavesNothingBehind) {
   std::filesystem::create_directory(dir / "taken");
   for (const char* target : {"taken", "no/such/file"}) {
-    std::ostringstream out, err;
-    EXPECT_EQ(
-        restraints::runProgram(
-            {(dir / "pred.tab").string(), "--format", "cyana", "-o", (dir / target).string()}, out, err),
-        1);
+    EXPECT_EQ(run(good, target, "--format cyana"), 1);
     EXPECT_NE(err.str().find("cannot write"), std::string::npos);
   }
-  std::size_t entries = 0;
-  for (const auto& entry : std::filesystem::directory_iterator(dir.path)) entries += entry.exists() ? 1 : 0;
-  EXPECT_EQ(entries, 2U);
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path), {}), 2);
 }
 
-TEST(RestraintProgram, LineEndsOfOtherSystems) {
-  const support::TempDir dir;
-  std::string text = tool_tables::torsionTable("x", 1, "AAA", {{2, 'A', -60, -40, 5, 5, "Strong"}});
+TEST_F(RestraintProgram, LineEndsOfOtherSystems) {
+  std::string text = good;
   for (std::size_t at = 0; (at = text.find('\n', at)) != std::string::npos; at += 2) text.insert(at, "\r");
-  support::writeFile(dir / "pred.tab", text);
-  std::ostringstream out, err;
-  EXPECT_EQ(restraints::runProgram({(dir / "pred.tab").string(), "--format", "cyana", "-o", "-"}, out, err),
-            0)
-      << err.str();
-  EXPECT_NE(out.str().find("2 ALA   PHI      -80.0    -40.0   1.00"), std::string::npos) << out.str();
+  EXPECT_EQ(run(text, "out", "--format cyana"), 0) << err.str();
+  const std::string written = support::readFile(dir / "out");
+  EXPECT_NE(written.find("2 ALA   PHI      -80.0    -40.0   1.00"), std::string::npos) << written;
 }
 
 }  // namespace

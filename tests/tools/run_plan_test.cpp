@@ -13,8 +13,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-run::Plan planFor(const std::vector<std::string>& words) {
-  return run::makePlan(tools::parseArguments(run::runProgram(), words));
+run::Plan planFor(const std::string& words) {
+  return run::makePlan(tools::parseArguments(run::runProgram(), support::split(words)));
 }
 
 void writeProgram(const fs::path& path, const std::string& script) {
@@ -42,7 +42,7 @@ TEST(RunPlan, EveryStepWorksInTheResultFolder) {
   const auto programs = standIns(folder);
   // Hyphens in the path must not reach the prediction's command line.
   const std::string results = (folder / "my-results").string();
-  const run::Plan plan = planFor({"shifts.str", "-o", results, "-iso", "--", "-excl", "1UBQ"});
+  const run::Plan plan = planFor("shifts.str -o " + results + " -iso -- -excl 1UBQ");
   ASSERT_EQ(plan.error, "");
   EXPECT_EQ(run::runPlan(plan, programs, "/some/where", false), 0);
   EXPECT_EQ(support::readFile(fs::path(results) / "arguments"), "-in input.tab -iso -excl 1UBQ\n");
@@ -57,7 +57,7 @@ TEST(RunPlan, FailuresStopWhereNothingCanFollow) {
   const support::TempDir folder;
   auto programs = standIns(folder);
   const fs::path results = folder / "results";
-  const run::Plan plan = planFor({"shifts.str", "-o", results.string()});
+  const run::Plan plan = planFor("shifts.str -o " + results.string());
   ASSERT_EQ(run::runPlan(plan, programs, "/x", false), 0);
 
   writeProgram(folder / "orbeln-report", "echo no luck\nexit 4\n");
@@ -74,9 +74,9 @@ TEST(RunPlan, FailuresStopWhereNothingCanFollow) {
 }
 
 TEST(RunPlan, OptionsReachTheStepTheyAreFor) {
-  const run::Plan plan =
-      planFor({"a/b.nef", "--chain", "B", "--strict", "--restraints", "nef,amber", "--coordinates", "/s.pdb",
-               "--factor", "3", "--no-report", "--ref", "x-y.pdb"});
+  const run::Plan plan = planFor(
+      "a/b.nef --chain B --strict --restraints nef,amber --coordinates /s.pdb --factor 3 --no-report "
+      "--ref x-y.pdb");
   ASSERT_EQ(plan.error, "");
   EXPECT_EQ(fs::path(plan.folder).filename(), "b_orbeln");
   ASSERT_EQ(plan.steps.size(), 4U);
@@ -88,14 +88,8 @@ TEST(RunPlan, OptionsReachTheStepTheyAreFor) {
   EXPECT_TRUE(has(1, {"-ref", "reference.pdb"}));
   EXPECT_TRUE(has(2, {"--format", "nef", "-o", "restraints.nef"}) && has(2, {"--factor", "3"}));
   EXPECT_TRUE(has(3, {"--coordinates", "/s.pdb"}));
-  for (const std::vector<std::string>& words :
-       std::vector<std::vector<std::string>>{{},
-                                             {"a", "b"},
-                                             {"a", "--restraints", "pdb"},
-                                             {"a", "--restraints", "gromacs"},
-                                             {"a", "--bogus"}}) {
-    EXPECT_NE(planFor(words).error, "");
-  }
+  for (const char* words : {"", "a b", "a --restraints pdb", "a --restraints gromacs", "a --bogus"})
+    EXPECT_NE(planFor(words).error, "") << words;
 }
 
 TEST(RunPrograms, AreFoundBesideTheExecutableThenInPath) {
@@ -113,20 +107,16 @@ TEST(RunPrograms, AreFoundBesideTheExecutableThenInPath) {
 
 TEST(RunPrograms, InstallationFromTheEnvironmentOrBesideThePrograms) {
   const support::TempDir root;
-  fs::create_directories(root / "share/orbeln/tab");
-  fs::create_directories(root / "bin");
-  fs::create_directories(root / "mine/tab");
-  const run::Installation found = run::findInstallation("", (root / "bin").string());
+  const std::string bin = (root / "bin").string(), mine = (root / "mine").string();
+  for (const char* made : {"share/orbeln/tab", "bin", "mine/tab"}) fs::create_directories(root / made);
+  const run::Installation found = run::findInstallation("", bin);
   EXPECT_EQ(found.folder, fs::canonical(root / "share/orbeln").string());
   EXPECT_TRUE(found.guessed);
   fs::create_directories(root / "bin/install/tab");
-  EXPECT_EQ(run::findInstallation("", (root / "bin").string()).folder,
-            fs::canonical(root / "bin/install").string());
-  EXPECT_EQ(run::findInstallation((root / "mine").string(), (root / "bin").string()).folder,
-            (root / "mine").string());
-  EXPECT_NE(run::findInstallation((root / "bin").string(), (root / "bin").string()).error, "")
-      << "a wrong ORBELN_DIR is not replaced in silence";
-  EXPECT_NE(run::findInstallation("", (root / "mine/tab").string()).error, "");
+  EXPECT_EQ(run::findInstallation("", bin).folder, fs::canonical(root / "bin/install").string());
+  EXPECT_EQ(run::findInstallation(mine, bin).folder, mine);
+  EXPECT_NE(run::findInstallation(bin, bin).error, "") << "a wrong ORBELN_DIR is not replaced in silence";
+  EXPECT_NE(run::findInstallation("", mine + "/tab").error, "");
 }
 
 }  // namespace
