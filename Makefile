@@ -60,7 +60,8 @@ format-check: ## fail when a source file is not in the house format
 
 tidy: deps ## static analysis of the program (clang-tidy)
 	@cmake --preset release >/dev/null
-	@clang-tidy --quiet --extra-arg=-Wno-unknown-warning-option -p $(RELEASE) $(wildcard src/*/*.cpp)
+	@printf '%s\n' $(wildcard src/*/*.cpp) | \
+	  xargs -P 2 -n 1 clang-tidy --quiet --extra-arg=-Wno-unknown-warning-option -p $(RELEASE)
 
 deps:
 	@.ci/dependencies
