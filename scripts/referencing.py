@@ -36,6 +36,10 @@ def main():
     parser.add_argument("--program", required=True, help="the built program; ORBELN_DIR names the installation")
     parser.add_argument("--inputs", required=True, help="folder of input shift tables *.tab")
     options = parser.parse_args()
+    if not os.access(options.program, os.X_OK):
+        sys.exit(f"{options.program}: no such program")
+    if not os.path.isdir(options.inputs):
+        sys.exit(f"{options.inputs}: no such folder")
     tables = sorted(name for name in os.listdir(options.inputs) if name.endswith(".tab"))
     if not tables:
         sys.exit(f"{options.inputs}: no input table (*.tab)")
