@@ -26,7 +26,7 @@ OTHERS = {"TRIPLET_OUTER_WEIGHT": (0.22, 0.5), "TRIPLET_MISSING_COST": (0.8, 1.6
 
 
 def hidden_shifts(data):
-    """(true, estimated, type mean) of all hidden shifts with an estimate: lists of one array per nucleus in atom order."""
+    """(true, estimated, residue type) of all hidden shifts with an estimate: one array per nucleus in atom order each."""
     shown = data.vectors[0]
     true, estimated, types = [[] for _ in COLUMNS], [[] for _ in COLUMNS], [[] for _ in COLUMNS]
     kinds = np.frombuffer(data.code.encode(), np.uint8)
@@ -42,7 +42,7 @@ def hidden_shifts(data):
 
 
 def type_means(data):
-    """Mean secondary shift per residue type and nucleus: {(type, k): ppm}."""
+    """Mean secondary shift per residue type and nucleus: {(type, place in atom order): ppm}."""
     kinds = np.frombuffer(data.code.encode(), np.uint8)
     means = {}
     for k, column in enumerate(COLUMNS):
@@ -96,9 +96,7 @@ def main():
     line("coil value", spread, spread)
     line("mean of the type", [rms(values - [means[kind, k] for kind in kinds[k]]) for k, values in enumerate(true)], spread)
     line("triplets", [rms(a - b) for a, b in zip(true, estimated)], spread)
-    if not options.vary:
-        return 0
-    for name, values in OTHERS.items():
+    for name, values in (OTHERS if options.vary else {}).items():
         kept = getattr(settings, name)
         for value in values:
             setattr(settings, name, value)

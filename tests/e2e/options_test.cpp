@@ -62,6 +62,10 @@ TEST_F(Options, CellsThatAnOptionChanges) {
     EXPECT_EQ(run(support::split(c.arguments)).status, 0);
     for (const Cell& expected : c.cells)
       EXPECT_EQ(cell(expected.file, expected.row, expected.column), expected.text) << expected.row;
+    const std::string adjusted = support::readFile(dir / "predAdjCS.tab");
+    EXPECT_EQ(support::contains(adjusted,
+                                " Deuterium Isotope Shifts Correction Applied for 13Ca and 13Cb Nuclei\n"),
+              std::string(c.arguments) == "-iso");
   }
 }
 

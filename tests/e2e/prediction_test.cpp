@@ -175,6 +175,9 @@ TEST_F(Prediction, ComparisonWithAReferenceStructure) {
   run({"-ref", "reference.pdb", "-refTitle", "made up"});
   const OutputTable pred(dir / "pred.tab"), chi1(dir / "predChi1.tab");
   EXPECT_EQ(pred.text(5, "CLASS") + pred.text(6, "CLASS") + pred.text(7, "CLASS"), "StrongBadStrong");
+  EXPECT_EQ(std::count(pred.remarks.begin(), pred.remarks.end(),
+                       "    Bad:  predictions with large deviation to reference PDB."),
+            1);
   EXPECT_EQ(
       std::count(pred.remarks.begin(), pred.remarks.end(), "  Predictions Compared to PDB Input made up"), 1);
   EXPECT_EQ(chi1.number(12, "CHI1_OBS"), 90.0);

@@ -5,6 +5,7 @@
 
 #include <cstdlib>
 #include <fstream>
+#include <regex>
 #include <sstream>
 
 namespace support {
@@ -25,11 +26,13 @@ TempDir::~TempDir() {
 ProgramRun runOrbeln(const fs::path& cwd, const fs::path& install,
                      const std::vector<std::string>& arguments) {
   const TempDir streams;
-  const auto quoted = [](const std::string& word) { return " '" + word + "'"; };
-  std::string command = "cd" + quoted(cwd) + " || exit 126; ";
-  command += install.empty() ? "unset ORBELN_DIR;" : "export ORBELN_DIR='" + install.string() + "';";
-  command += " exec" + quoted(ORBELN_BINARY);
-  for (const std::string& argument : arguments) command += quoted(argument);
+  const auto quoted = [](const std::string& word) {
+    return "'" + std::regex_replace(word, std::regex("'"), "'\\''") + "'";
+  };
+  std::string command = "cd " + quoted(cwd) + " || exit 126; ";
+  command += install.empty() ? "unset ORBELN_DIR;" : "export ORBELN_DIR=" + quoted(install) + ';';
+  command += " exec " + quoted(ORBELN_BINARY);
+  for (const std::string& argument : arguments) command += ' ' + quoted(argument);
   command += " >" + quoted(streams / "out") + " 2>" + quoted(streams / "err");
   const int state = std::system(command.c_str());
   return {WIFEXITED(state) ? WEXITSTATUS(state) : -WTERMSIG(state), readFile(streams / "out"),

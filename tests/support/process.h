@@ -25,8 +25,7 @@ struct ProgramRun {
   std::string out, err;
 };
 
-/// Runs orbeln, with arguments free of apostrophes, in directory `cwd` with ORBELN_DIR set to `install`
-/// (unset when empty).
+/// Runs orbeln in directory `cwd` with ORBELN_DIR set to `install` (unset when empty).
 ProgramRun runOrbeln(const std::filesystem::path& cwd, const std::filesystem::path& install,
                      const std::vector<std::string>& arguments);
 
