@@ -55,8 +55,26 @@ command -v xz >/dev/null || missing+=(xz-utils)
 cmake --preset release >/dev/null
 cmake --build --preset release --target orbeln orbeln-dump
 mkdir -p "$out/tab" "$cache"
-"$python" training/build.py --paired "$PAIRED" --structures "$STRUCTURES" --out "$out" --cache "$cache" \
-  --dump "$build/orbeln-dump" ${BLASTDB:+--blastdb "$BLASTDB"} ${QUICK:+--quick}
+train() { # stages
+  "$python" training/build.py --paired "$PAIRED" --structures "$STRUCTURES" --out "$out" --cache "$cache" \
+    --dump "$build/orbeln-dump" --stages "$1" ${BLASTDB:+--blastdb "$BLASTDB"} ${QUICK:+--quick}
+}
+
+lane() { # name, stages; one core, its progress in CACHE/NAME.log
+  OMP_NUM_THREADS=1 train "$2" 2>"$cache/$1.log" | sed -u "s/^/[$1] /" ||
+    { tail -n 20 "$cache/$1.log" >&2; fail "stages $2 failed; a second run goes on from the finished ones"; }
+}
+
+export OPENBLAS_NUM_THREADS=1 # the stages that can use more cores start processes of their own
+train reference,inputs
+# Independent of each other from here on. The first two take alike; the third fills what they leave of two cores.
+lanes=()
+lane maps folds,hybrid,chi1 & lanes+=($!)
+lane structure structure,sequence & lanes+=($!)
+lane level1 level1 & lanes+=($!)
+failed=no
+for job in "${lanes[@]}"; do wait "$job" || failed=yes; done
+[ $failed = no ] || exit 1
 "$python" training/pack.py --install "$out" --data "$out/data"
 scripts/checksums.sh "$out/data"
 others=$(comm -13 <(sort data/SHA256SUMS) <(sort "$out/data/SHA256SUMS") | sed 's/^[0-9a-f]* /  /')

@@ -26,7 +26,7 @@ from write_tables import read_level, write_level
 
 QUICK_PROTEINS = 40
 QUICK_CHAINS = 40
-STAGES = ("reference", "inputs", "boxes", "structure", "sequence", "chi1")
+STAGES = ("reference", "inputs", "folds", "hybrid", "level1", "structure", "sequence", "chi1")
 NO_STRUCTURES = SimpleNamespace(paired={}, database=[], simulated=[], relatives={}, pool=None)
 
 
@@ -60,21 +60,26 @@ def write_checked(tab, name, level, layers, remark):
         raise RuntimeError(f"{name} level {level}: written tables differ by {worst:.2g} of the largest output")
 
 
-def build_boxes(data, folds, cache, tab):
+def build_boxes(data, folds, cache, tab, stages):
+    """folds: the fold models and the second level on their maps; hybrid, level1: networks of all proteins."""
     weights = boxes.box_weights()
-    windows = boxes.BoxWindows(data, "surf20")
-    fold_model = cache.get("surf20-folds", lambda: boxes.train_level1(
-        windows, settings.BOX_FOLD_EPOCHS, "surf20 folds", folds))
-    level2 = cache.get("surf20-level2", lambda: boxes.train_level2(
-        windows, fold_model, folds, settings.BOX_LEVEL2_EPOCHS))
     remark = "Phi/psi box network, output times box weight = exp(-d^2/%g), d in boxes."
     width = 2.0 * (1.0 + settings.BOX_SMOOTHING ** 2)
-    write_checked(tab, "surf20", 2, boxes.smoothed(level2.layers(weights), weights), remark % width)
-    hybrid = cache.get("surf20-hyb", lambda: boxes.train_level1(
-        boxes.BoxWindows(data, "surf20_hyb"), settings.HYBRID_EPOCHS, "surf20_hyb"))
-    write_checked(tab, "surf20_hyb", 1, boxes.smoothed(hybrid.layers(weights), weights), remark % width)
-    level1 = cache.get("surf20-level1", lambda: boxes.train_level1(windows, settings.BOX_EPOCHS, "surf20 level 1"))
-    write_checked(tab, "surf20", 1, level1.layers(weights), remark % 2)
+    if "folds" in stages:
+        windows = boxes.BoxWindows(data, "surf20")
+        fold_model = cache.get("surf20-folds", lambda: boxes.train_level1(
+            windows, settings.BOX_FOLD_EPOCHS, "surf20 folds", folds))
+        level2 = cache.get("surf20-level2", lambda: boxes.train_level2(
+            windows, fold_model, folds, settings.BOX_LEVEL2_EPOCHS))
+        write_checked(tab, "surf20", 2, boxes.smoothed(level2.layers(weights), weights), remark % width)
+    if "hybrid" in stages:
+        hybrid = cache.get("surf20-hyb", lambda: boxes.train_level1(
+            boxes.BoxWindows(data, "surf20_hyb"), settings.HYBRID_EPOCHS, "surf20_hyb"))
+        write_checked(tab, "surf20_hyb", 1, boxes.smoothed(hybrid.layers(weights), weights), remark % width)
+    if "level1" in stages:
+        level1 = cache.get("surf20-level1", lambda: boxes.train_level1(
+            boxes.BoxWindows(data, "surf20"), settings.BOX_EPOCHS, "surf20 level 1"))
+        write_checked(tab, "surf20", 1, level1.layers(weights), remark % 2)
 
 
 def build_structure(data, folds, cache, tab):
@@ -133,7 +138,11 @@ def main():
     parser.add_argument("--quick", action="store_true", help="a few proteins and one epoch each: a test of the kit")
     options = parser.parse_args()
     stages = options.stages.split(",")
+    unknown = set(stages) - set(STAGES)
+    if unknown:
+        parser.error(f"no such stage: {', '.join(sorted(unknown))} (stages: {', '.join(STAGES)})")
     torch.set_num_threads(options.threads)
+    torch.set_flush_denormal(True)
     tab, cache = os.path.join(options.out, "tab"), Cache(options.cache)
     os.makedirs(tab, exist_ok=True)
     home, tool = os.path.abspath(options.out), os.path.abspath(options.dump)
@@ -151,18 +160,19 @@ def main():
               database.write_libraries(tab, proteins, reference, extra.paired, extra.database))
     protein_folds = np.array(assign_folds(proteins, settings.FOLDS, settings.SEED)
                              + [RELATED if protein.related else UNRELATED for protein in extra.simulated])
-    if {"inputs", "boxes", "structure", "sequence"} & set(stages):
+    boxes_wanted = {"folds", "hybrid", "level1"} & set(stages)
+    if boxes_wanted | {"inputs", "structure", "sequence"} & set(stages):
         data = input_tables.prepare(proteins + extra.simulated, tool, home, os.path.abspath(options.cache), extra.pool)
         folds = protein_folds[data.chain]
-    if "boxes" in stages:
-        build_boxes(data, folds, cache, tab)
+    if boxes_wanted:
+        build_boxes(data, folds, cache, tab, boxes_wanted)
     if {"structure", "sequence"} & set(stages):
         context = build_structure(data, folds, cache, tab)
     if "sequence" in stages:
         build_sequence(data, protein_folds, context, options, cache, tab)
     if "chi1" in stages:
         own_folds = protein_folds[:len(proteins)]
-        fold_model = cache.get("surf20-folds", lambda: sys.exit("stage chi1 needs the fold models of stage boxes"))
+        fold_model = cache.get("surf20-folds", lambda: sys.exit("stage chi1 needs the fold models of stage folds"))
         candidates = chi1.dump_candidates(proteins, own_folds, reference, extra, fold_model, boxes.box_weights(), tool,
                                           home, os.path.abspath(options.cache))
         chi1.train_all(proteins, own_folds, candidates, tab)

@@ -80,7 +80,28 @@ def fit_reference(proteins):
                 rows = left[label == code]
                 for atom in range(6):
                     block[code, atom] = trimmed_mean(rows[:, atom], prior)
+    carbons = [ATOMS.index(atom) for atom in ("CA", "CB")]
+    there = reference.coil[:, carbons] < 999.0
+    reference.own[:, carbons] += carbon_offset(proteins, reference) * there
     return reference
+
+
+def carbon_offset(proteins, reference):
+    """What the program's referencing check (-check) reads for CA and CB of all proteins together, ppm.
+
+    The check draws a line through secondary CA against d = CA - CB, apart for d < 0 and d >= 0, and expects the intercepts
+    of settings.CARBON_INTERCEPTS. These do not follow from the coil zero, which leaves the common zero of CA and CB to
+    the table: with a zero mean over coil residues the check would call one well-referenced protein in three wrong."""
+    secondary = np.concatenate([reference.secondary(protein) for protein in proteins])
+    codes = np.concatenate([list(protein.code) for protein in proteins])
+    alpha = secondary[:, ATOMS.index("CA")]
+    difference = alpha - secondary[:, ATOMS.index("CB")]
+    usable = np.isfinite(difference) & ~np.isin(codes, ("P", "C", "c"))
+    total = 0.0
+    for side, expected in zip((usable & (difference < 0.0), usable & (difference >= 0.0)), settings.CARBON_INTERCEPTS):
+        _, intercept = np.polyfit(difference[side], alpha[side], 1)
+        total += (intercept - expected) * side.sum()
+    return total / usable.sum()
 
 
 def limits(proteins, reference):
@@ -162,7 +183,8 @@ def write_reference_tables(proteins, folder):
           "D. S. Wishart et al., J. Biomol. NMR 5, 67-81 (1995), GGXAGG peptides, 25 C, pH 5.",
           "c: oxidised cysteine, C: reduced cysteine.")
     table("rcadj.tab", reference.own, "Own-residue adjustment of the random-coil shifts, ppm.",
-          "Trimmed mean residual of coil and turn residues, shrunk by n/(n+%g)." % settings.ADJUSTMENT_PRIOR, source)
+          "Trimmed mean residual of coil and turn residues, shrunk by n/(n+%g);" % settings.ADJUSTMENT_PRIOR,
+          "CA and CB then moved together to where the referencing check reads 0 for the same proteins.", source)
     table("rcprev.tab", reference.previous, "Adjustment by the preceding residue (its type in RESNAME), ppm.",
           "Fitted jointly with rcadj on coil and turn residues, shrunk by n/(n+%g)." % settings.NEIGHBOUR_PRIOR, source)
     table("rcnext.tab", reference.following, "Adjustment by the following residue (its type in RESNAME), ppm.",
