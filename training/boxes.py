@@ -134,12 +134,13 @@ class BoxWindows:
                    None if shares is None else shares[:, centres])
 
 
-def train_level1(windows, epochs, name, folds=None, seed=settings.SEED):
-    """Three members; with `folds` (per residue) three per fold, member k never sees fold k modulo FOLDS.
+def train_level1(windows, epochs, name, folds=None, leave_out=None, seed=settings.SEED):
+    """Three members; with `folds` (per residue) three per fold, member k never sees fold k modulo FOLDS; with
+    `leave_out` three that never see this one.
     Each is fitted alone: fitting the mean of three overfits (map error 1.007 against 0.996 on proteins kept out)."""
     rng = np.random.default_rng(seed)
-    members = TRIO * (1 if folds is None else settings.FOLDS)
-    shares = None if folds is None else hold_out_shares(folds, members)
+    members = TRIO * (1 if folds is None or leave_out is not None else settings.FOLDS)
+    shares = None if folds is None else hold_out_shares(folds, members, leave_out)
     sample = np.concatenate([windows.inputs_of(v, np.nonzero(windows.usable[v] & windows.inputs.real)[0][::7])
                              for v in range(len(windows.rows))])
     centre, scale = standardisation(sample)
@@ -237,16 +238,16 @@ class Level2(torch.nn.Module):
 LEVEL2_VARIANTS = ("observed", "random_light", "random_heavy", "nuclei", "ca_cb_n_hn")
 
 
-def train_level2(windows, fold_model, folds, epochs, seed=settings.SEED):
-    """Second level on out-of-fold level-1 maps of some variants."""
+def train_level2(windows, fold_model, folds, epochs, leave_out=None, seed=settings.SEED):
+    """Second level on out-of-fold level-1 maps of some variants; never sees the fold `leave_out`."""
     rng = np.random.default_rng(seed)
     picked = [windows.inputs.variants.index(name) for name in LEVEL2_VARIANTS]
     maps = np.stack([level1_maps(fold_model, windows, v, folds) for v in picked])
-    slots, centres = np.nonzero(windows.usable[picked] & windows.inputs.real)
+    slots, centres = np.nonzero(windows.usable[picked] & windows.inputs.real & (folds != leave_out))
     rows = np.stack([windows.rows[v] for v in picked])[slots, centres]
     error = ((maps[slots, centres] - windows.targets(centres)) ** 2).sum(axis=1).mean()
     print(f"  surf20 level 2: level-1 error out of fold {error:.4f}, {len(slots)} windows", flush=True)
-    steps = int(windows.inputs.real[windows.centres].sum()) // settings.BATCH
+    steps = int((windows.inputs.real & (folds != leave_out))[windows.centres].sum()) // settings.BATCH
 
     def batches():
         for index in np.split(rng.permutation(len(slots))[:steps * settings.BATCH], steps):

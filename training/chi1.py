@@ -36,7 +36,7 @@ def write_placeholders(tab):
             write_level(tab, f"chi1_{letter}", 1, layers, "Placeholder")
 
 
-def _related(own, extra):
+def related_chains(own, extra):
     """Names of the chains without shifts that resemble the proteins `own`."""
     clusters = set().union(*(extra.relatives.get(name, ()) for name in own))
     return {protein.name for protein, _, _ in extra.database if protein.cluster in clusters}
@@ -73,7 +73,7 @@ def dump_candidates(proteins, folds, reference, extra, fold_model, weights, tool
             own = {protein.name for protein, f in zip(proteins, folds) if f == fold}
             library = os.path.join(work, f"fold{fold}.tab")
             database.write_database(library, proteins, reference, extra.paired, extra.database,
-                                    own | _related(own, extra))
+                                    own | related_chains(own, extra))
             fold_folder = fold_home(home, work, fold_model, fold, weights)
             jobs, outputs = [], []
             for chain in np.nonzero(folds == fold)[0]:

@@ -150,10 +150,10 @@ def member_mse(output, target, share=None):
     return ((error * share).sum(dim=1) / share.sum(dim=1).clamp(min=1.0)).sum()
 
 
-def hold_out_shares(folds, members):
+def hold_out_shares(folds, members, leave_out=None):
     """members x samples: 1 where the member may see the sample: not its held-out fold (member k holds out fold k modulo
-    FOLDS), not RELATED."""
-    held = torch.arange(members)[:, None] % settings.FOLDS
+    FOLDS, or all of them `leave_out`), not RELATED."""
+    held = torch.arange(members)[:, None] % settings.FOLDS if leave_out is None else torch.full((members, 1), leave_out)
     folds = torch.as_tensor(folds)[None, :]
     return ((folds != held) & (folds != RELATED)).float()
 

@@ -98,15 +98,15 @@ def shift_entries(folder):
     return entries
 
 
-def read_training(folder):
-    """Proteins of train and train-more without the excluded ones, each nucleus's referencing corrected."""
+def read_training(folder, corrected=True):
+    """Proteins of train and train-more without the excluded ones, each nucleus's referencing corrected or as it is."""
     clusters, offsets = _read_proteins(os.path.join(folder, "proteins.tsv"))
     for known, more in zip((clusters, offsets), _read_proteins(os.path.join(folder, "proteins-more.tsv"))):
         known.update(more)
     proteins = []
     for name in ("train.tsv.xz", "train-more.tsv.xz"):
         proteins += read_table(os.path.join(folder, name), clusters)
-    for protein in proteins:
+    for protein in proteins if corrected else ():
         protein.shifts -= offsets.get(protein.name, 0.0)
     return [protein for protein in proteins if protein.name not in settings.EXCLUDED_PROTEINS]
 
