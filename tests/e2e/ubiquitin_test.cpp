@@ -1,7 +1,11 @@
 // The real installation on the example input: answers that anyone who knows the fold would accept.
 #include <gtest/gtest.h>
 
+#include <fstream>
 #include <iostream>
+#include <sstream>
+#include <string>
+#include <vector>
 
 #include "support/output_table.h"
 #include "support/process.h"
@@ -66,6 +70,33 @@ void expectUbiquitinFold(const OutputTable& pred, const OutputTable& ss) {
 TEST_F(Ubiquitin, FoldFromAllShifts) {
   predict({});
   expectUbiquitinFold(OutputTable(dir / "pred.tab"), OutputTable(dir / "predSS.tab"));
+}
+
+/// Offset that the check reports for CA and CB when `added` ppm are added to both; 0 when it reports none.
+double reportedCarbonOffset(const fs::path& dir, double added) {
+  std::ifstream in(kInput);
+  std::ofstream out(dir / "moved.tab");
+  for (std::string line; std::getline(in, line);) {
+    std::istringstream cells(line);
+    std::string resid, name, atom;
+    double shift = 0.0;
+    if (cells >> resid >> name >> atom >> shift && (atom == "CA" || atom == "CB"))
+      out << resid << ' ' << name << ' ' << atom << ' ' << shift + added << '\n';
+    else
+      out << line << '\n';
+  }
+  out.close();
+  const support::ProgramRun run = support::runOrbeln(dir, ORBELN_INSTALL, {"-in", "moved.tab", "-check"});
+  EXPECT_NE(run.out.find("Checking Chemical Shift Referencing"), std::string::npos) << run.err;
+  const std::string label = "Estimated Referencing Offset for CA/CB:";
+  const std::size_t at = run.out.find(label);
+  return at == std::string::npos ? 0.0 : std::stod(run.out.substr(at + label.size()));
+}
+
+TEST_F(Ubiquitin, ReferencingOffsetIsFoundWhereThereIsOne) {
+  EXPECT_EQ(reportedCarbonOffset(dir.path, 0.0), 0.0);
+  EXPECT_NEAR(reportedCarbonOffset(dir.path, 2.0), 2.0, 0.25);
+  EXPECT_NEAR(reportedCarbonOffset(dir.path, -1.5), -1.5, 0.25);
 }
 
 TEST_F(Ubiquitin, FoldWithoutProtons) {
