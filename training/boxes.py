@@ -36,6 +36,8 @@ def smoothed(layers, weights):
     The program compares regions by their highest boxes; smoothed, these tell the probability of a region rather than how
     narrow it is. `weights` are the box weights (map = output x weight)."""
     width = settings.BOX_SMOOTHING
+    if width == 0.0:
+        return layers
     step = np.arange(WIDTH)
     step = np.minimum(step, WIDTH - step)
     line = np.exp(-0.5 * (step / width) ** 2)

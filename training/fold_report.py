@@ -4,9 +4,9 @@ validation proteins.
 
 Takes one fold (homology clusters) out of the box networks of both levels, the hybrid network, the fragment database and
 the triplet library, and runs the program over its proteins that have more than half of their shifts, as observed. Prints
-the share accepted, the share wrong and the RMSD of phi and psi. Structure and chi1 networks are those of the installation and have
-seen the proteins, so their figures are not printed. Needs the cache of build.py with the stages inputs and folds; the second level and the hybrid
-network of the fold are trained here once (about 20 minutes on one core) and kept there.
+the map error of both levels, the share accepted, the share wrong and the RMSD of phi and psi. Structure and chi1 networks are those of
+the installation and have seen the proteins, so their figures are not printed. Needs the cache of build.py with the stages inputs and
+folds; the second level and the hybrid network of the fold are trained here once (15 minutes on one core) and kept there.
 """
 
 import argparse
@@ -44,7 +44,21 @@ def fold_networks(proteins, extra, fold, cache):
         boxes.BoxWindows(data, "surf20"), fold_model, folds, settings.BOX_LEVEL2_EPOCHS, fold))
     hybrid = cache.get(f"surf20-hyb-without{fold}", lambda: boxes.train_level1(
         boxes.BoxWindows(data, "surf20_hyb"), settings.HYBRID_EPOCHS, "surf20_hyb", folds, fold))
+    print_map_errors(boxes.BoxWindows(data, "surf20"), fold_model, level2, folds, fold)
     return fold_model, level2, hybrid
+
+
+@torch.no_grad()
+def print_map_errors(windows, fold_model, level2, folds, fold):
+    """Squared difference from the bump, summed over the boxes, on the windows of the fold with their shifts as observed."""
+    observed = windows.inputs.variants.index("observed")
+    maps = boxes.level1_maps(fold_model, windows, observed, folds)
+    centres = np.nonzero(windows.usable[observed] & windows.inputs.real & (folds == fold))[0]
+    around = maps[windows.rows[observed][centres]]
+    second = np.concatenate([level2(torch.from_numpy(part)).mean(dim=0).numpy()
+                             for part in np.array_split(around, len(around) // 2048 + 1)])
+    errors = [((found - windows.targets(centres)) ** 2).sum(axis=1).mean() for found in (around[:, 2], second)]
+    print("map error of {} windows: level 1 {:.4f}, level 2 {:.4f}".format(len(centres), *errors), flush=True)
 
 
 def fold_installation(options, proteins, own, extra, networks, cache):
@@ -84,7 +98,9 @@ def main():
     parser.add_argument("--home", required=True, help="installation that these stages made")
     parser.add_argument("--program", required=True, help="the built program")
     parser.add_argument("--fold", type=int, default=0, choices=range(settings.FOLDS), help="default %(default)s")
+    parser.add_argument("--smoothing", type=float, default=settings.BOX_SMOOTHING, help="of the maps, boxes; default %(default)s")
     options = parser.parse_args()
+    settings.BOX_SMOOTHING = options.smoothing
     torch.set_num_threads(settings.THREADS)
     torch.set_flush_denormal(True)
     options.home = os.path.abspath(options.home)
