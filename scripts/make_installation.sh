@@ -67,7 +67,7 @@ lane() { # name, stages; one core, its progress in CACHE/NAME.log
 
 export OPENBLAS_NUM_THREADS=1 # the stages that can use more cores start processes of their own
 train reference,inputs
-# Independent of each other from here on. The first two take alike; the third fills what they leave of two cores.
+# Independent of each other from here on. The first two take about as long as each other; the third half as long.
 lanes=()
 lane maps folds,hybrid,chi1 & lanes+=($!)
 lane structure structure,sequence & lanes+=($!)

@@ -39,7 +39,7 @@ def fold_networks(proteins, extra, fold, cache):
     per_protein = assign_folds(proteins, settings.FOLDS, settings.SEED)
     per_protein += [RELATED if protein.related else UNRELATED for protein in extra.simulated]
     folds = np.array(per_protein)[data.chain]
-    fold_model = cache.get("surf20-folds", lambda: sys.exit("no surf20-folds.pt in the cache: run build.py first"))
+    fold_model = cache.get("surf20-folds", None)
     level2 = cache.get(f"surf20-level2-without{fold}", lambda: boxes.train_level2(
         boxes.BoxWindows(data, "surf20"), fold_model, folds, settings.BOX_LEVEL2_EPOCHS, fold))
     hybrid = cache.get(f"surf20-hyb-without{fold}", lambda: boxes.train_level1(
@@ -104,6 +104,9 @@ def main():
     torch.set_num_threads(settings.THREADS)
     torch.set_flush_denormal(True)
     options.home = os.path.abspath(options.home)
+    for name in ("predicted.pt", "inputs.npz", "surf20-folds.pt"):
+        if not os.path.exists(os.path.join(options.cache, name)):
+            sys.exit(f"no {name} in {options.cache}: run build.py first")
     cache = build.Cache(options.cache)
     proteins = read_training(options.paired)
     folds = assign_folds(proteins, settings.FOLDS, settings.SEED)
