@@ -119,7 +119,8 @@ def predict_shifts(proteins, reference, options, cache):
 
     predicted = cache.get("predicted", make)
     related = cache.get("relatives", lambda: predicted.relatives_of(proteins, options.cache))
-    return SimpleNamespace(paired=predicted.paired, database=predicted.database_chains(), relatives=related,
+    b_factors = structures.read_b_factors(options.structures, options.cache)
+    return SimpleNamespace(paired=predicted.paired, database=predicted.database_chains(b_factors), relatives=related,
                            pool=predicted.pool,
                            simulated=predicted.simulated(proteins, reference, set().union(*related.values())))
 
@@ -173,9 +174,13 @@ def main():
     if "chi1" in stages:
         own_folds = protein_folds[:len(proteins)]
         fold_model = cache.get("surf20-folds", lambda: sys.exit("stage chi1 needs the fold models of stage folds"))
-        candidates = chi1.dump_candidates(proteins, own_folds, reference, extra, fold_model, boxes.box_weights(), tool,
-                                          home, os.path.abspath(options.cache))
-        chi1.train_all(proteins, own_folds, candidates, tab)
+        simulated, simulated_folds = chi1.simulated_relatives(proteins, own_folds, extra)
+        if options.quick:
+            simulated, simulated_folds = simulated[:QUICK_CHAINS], simulated_folds[:QUICK_CHAINS]
+        queries, query_folds = proteins + simulated, np.concatenate([own_folds, simulated_folds])
+        candidates = chi1.dump_candidates(queries, query_folds, reference, extra, fold_model, boxes.box_weights(), tool, home,
+                                          os.path.abspath(options.cache))
+        chi1.train_all(queries, query_folds, candidates, tab)
 
 
 if __name__ == "__main__":

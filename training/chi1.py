@@ -8,8 +8,8 @@ import torch
 
 import database
 import settings
-from inputs import cluster_mates, mask, run_dump, write_input
-from networks import Ensemble, evaluate_layers, member_mse, orthogonalised, standardisation, train
+from inputs import SMALLEST_TABLE, cluster_mates, mask, run_dump, write_input
+from networks import Ensemble, evaluate_layers, orthogonalised, shuffled, standardisation, train
 from textables import write_table
 from write_tables import write_level
 
@@ -18,6 +18,7 @@ BINS = 11
 SCORES_PER_ROTAMER = 10
 FEWEST_SCORES = 3
 ROTAMERS = ("g-", "g+", "t")
+SMALLEST_CALLED = 0.6  # stated probability of a class
 VARIANTS = ("observed", "random_light")
 
 
@@ -42,6 +43,17 @@ def related_chains(own, extra):
     return {protein.name for protein, _, _ in extra.database if protein.cluster in clusters}
 
 
+def simulated_relatives(proteins, folds, extra):
+    """Chains with simulated shifts that resemble proteins of one fold only, and their folds: the fold's box network and
+    database hold none of them, so they are searched as the program will search a new protein."""
+    fold_of = {}
+    for protein, fold in zip(proteins, folds):
+        for cluster in extra.relatives.get(protein.name, ()):
+            fold_of.setdefault(cluster, set()).add(int(fold))
+    chosen = [protein for protein in extra.simulated if len(fold_of.get(protein.cluster, ())) == 1]
+    return chosen, np.array([min(fold_of[protein.cluster]) for protein in chosen], int)
+
+
 def fold_home(home, folder, fold_model, fold, weights):
     """Installation like `home` whose box network never saw the fold."""
     tab = os.path.join(folder, f"fold{fold}", "tab")
@@ -59,28 +71,31 @@ def fold_home(home, folder, fold_model, fold, weights):
 
 def dump_candidates(proteins, folds, reference, extra, fold_model, weights, tool, home, folder):
     """Candidate fragments of every protein as the second pass hands them to the chi1 networks: query row, fragment
-    chi1, inputs. Each fold searches a database without its own homology clusters, under maps of a box network that
-    never saw them. Cached in chi1.npz."""
+    chi1, inputs. proteins: real and simulated, with their folds. Each fold searches a database without its own homology
+    clusters, under maps of a box network that never saw them. Cached in chi1.npz."""
     cache = os.path.join(folder, "chi1.npz")
     if not os.path.exists(cache):
         work = os.path.join(folder, "chi1")
         os.makedirs(work, exist_ok=True)
         write_placeholders(os.path.join(home, "tab"))
-        mates = cluster_mates(proteins)
+        paired = [protein for protein in proteins if protein.variants is None]
+        mates = cluster_mates(paired)
         parts = [[], [], []]
         start = np.cumsum([0] + [len(protein) for protein in proteins])
         for fold in range(settings.FOLDS):
             own = {protein.name for protein, f in zip(proteins, folds) if f == fold}
             library = os.path.join(work, f"fold{fold}.tab")
-            database.write_database(library, proteins, reference, extra.paired, extra.database,
+            database.write_database(library, paired, reference, extra.paired, extra.database,
                                     own | related_chains(own, extra))
             fold_folder = fold_home(home, work, fold_model, fold, weights)
             jobs, outputs = [], []
             for chain in np.nonzero(folds == fold)[0]:
                 protein = proteins[chain]
-                stem = os.path.join(work, protein.name)
-                write_input(stem + ".tab", protein, mask(protein, VARIANTS[chain % len(VARIANTS)]))
-                jobs.append(f"{stem}.tab {stem}.tsv -db {library} -excl {','.join(mates[protein.name])}")
+                stem = os.path.join(work, f"{chain}.{protein.name}")
+                if write_input(stem + ".tab", protein, mask(protein, VARIANTS[chain % len(VARIANTS)])) < SMALLEST_TABLE:
+                    continue
+                excluded = f" -excl {','.join(mates[protein.name])}" if protein.variants is None else ""
+                jobs.append(f"{stem}.tab {stem}.tsv -db {library}{excluded}")
                 outputs.append((chain, stem + ".tsv"))
             run_dump(tool, "chi1", jobs, fold_folder, work)
             os.remove(library)
@@ -110,13 +125,16 @@ def _read_candidates(path, protein, start, parts):
         parts[2].append(table[:, 1:])
 
 
-def _batches(x, y, rng):
-    def run():
-        order = rng.permutation(len(x))
-        for begin in range(0, len(order) - settings.BATCH + 1, settings.BATCH):
-            index = order[begin:begin + settings.BATCH]
-            yield torch.from_numpy(x[index]), torch.from_numpy(y[index])
-    return run
+def fragment_weights(query, state, real):
+    """Weight of each fragment in the training: the fragments of one rotamer of one query together weigh 1, since the
+    program takes a few of the best of every rotamer however many there are; of a real protein CHI1_REAL_WEIGHT."""
+    _, group, count = np.unique(query * len(ROTAMERS) + state, return_inverse=True, return_counts=True)
+    weight = np.where(real, settings.CHI1_REAL_WEIGHT, 1.0) / count[group]
+    return (weight / weight.mean()).astype(np.float32)
+
+
+def _weighted_mse(model, x, target, weight):
+    return (weight * (model(x)[:, :, 0] - target) ** 2).mean(dim=1).sum()
 
 
 def rotamer_means(query, chi1, score):
@@ -178,59 +196,79 @@ def reliability(chance, right):
             for k in range(3, 10) if (tenth == k).any()]
 
 
-def _train(letter, x, target, rows, number):
+def _train(letter, x, target, weight, rows, number):
     """Layers of one chi1 network fitted on the given rows."""
     rng = np.random.default_rng(settings.SEED + number)
-    centre, scale = standardisation(x[rows])
+    columns = [column[rows] for column in (x, target, weight)]
+    centre, scale = standardisation(columns[0])
     model = Ensemble(3, 39, HIDDEN, 1, centre, scale, settings.SEED + number)
+
+    def batches():
+        for index in shuffled(len(columns[0]), settings.BATCH, rng):
+            yield tuple(torch.from_numpy(column[index]) for column in columns)
+
     steps = max(1, int(rows.sum()) // settings.BATCH)
-    train(model, _batches(x[rows], target[rows], rng), lambda net, a, b: member_mse(net(a), b),
-          settings.CHI1_EPOCHS, steps, f"chi1_{letter}", orthogonalised(model, settings.CHI1_RATE))
+    train(model, batches, _weighted_mse, settings.CHI1_EPOCHS, steps, f"chi1_{letter}",
+          orthogonalised(model, settings.CHI1_RATE))
     return model.layers()
 
 
+def _held_out(letter, query, chi1, x, target, weight, truth_state, fold, mine, real, number):
+    """Bins of the rotamer means and true rotamers of all real queries, by networks that never saw their fold."""
+    slots, truth = [], []
+    for k in range(settings.FOLDS):
+        layers = _train(letter, x, target, weight, mine & (fold != k), number)
+        test = mine & real & (fold == k)
+        score = evaluate_layers(layers, x[test].astype(float)).mean(axis=0)[:, 0]
+        queries, means = rotamer_means(query[test], chi1[test], score)
+        slots.append(bins(means))
+        truth.append(truth_state[queries])
+    return np.concatenate(slots), np.concatenate(truth)
+
+
 def train_all(proteins, folds, candidates, tab):
-    """Trains the 17 networks on all proteins and calibrates them on scores of networks that held the protein out;
-    writes all tables. folds: fold number per protein."""
+    """Trains the 17 networks on all proteins, real and simulated, and calibrates them on scores of real proteins by networks
+    that held them out; writes all tables. folds: fold number per protein."""
     query, chi1, x = candidates
+    sizes = [len(protein) for protein in proteins]
     letters = np.frombuffer("".join("".join(protein.code) for protein in proteins).upper().encode(), np.uint8)
-    fold = np.repeat(folds, [len(protein) for protein in proteins])[query]
+    fold = np.repeat(folds, sizes)[query]
+    real = np.repeat([protein.variants is None for protein in proteins], sizes)[query]
     truth_state = rotamer(np.concatenate([protein.chi1 for protein in proteins]))
+    state = rotamer(chi1)
+    target = (state != truth_state[query]).astype(np.float32)
     held = {}
     for number, letter in enumerate(settings.CHI1_TYPES):
-        mine = (letters[query] == ord(letter)) & (truth_state[query] >= 0) & (rotamer(chi1) >= 0)
-        target = (rotamer(chi1) != truth_state[query]).astype(np.float32)[:, None]
-        slots, truth = [], []
-        for k in range(settings.FOLDS):
-            layers = _train(letter, x, target, mine & (fold != k), number)
-            test = mine & (fold == k)
-            score = evaluate_layers(layers, x[test].astype(float)).mean(axis=0)[:, 0]
-            queries, means = rotamer_means(query[test], chi1[test], score)
-            slots.append(bins(means))
-            truth.append(truth_state[queries])
-        held[letter] = (np.concatenate(slots), np.concatenate(truth))
-        write_level(tab, f"chi1_{letter}", 1, _train(letter, x, target, mine, number),
+        mine = (letters[query] == ord(letter)) & (truth_state[query] >= 0) & (state >= 0)
+        weight = np.zeros(len(query), np.float32)
+        weight[mine] = fragment_weights(query[mine], state[mine], real[mine])
+        held[letter] = _held_out(letter, query, chi1, x, target, weight, truth_state, fold, mine, real, number)
+        write_level(tab, f"chi1_{letter}", 1, _train(letter, x, target, weight, mine, number),
                     "Chi1 fragment score of residue type %s: near 0 same rotamer, near 1 another." % letter)
     pooled = calibrate(*(np.concatenate(parts) for parts in zip(*held.values())))
     tables = {letter: calibrate(*held[letter], pooled) for letter in settings.CHI1_TYPES}
-    rows, summary, best, right = [], [], [], []
-    for letter in settings.CHI1_TYPES:
-        slots, truth = held[letter]
-        weights = tables[letter]
-        rows.append((letter, *weights))
-        chance = chances(weights, slots)
+    _report(held, tables)
+    write_table(os.path.join(tab, "chi1.tab"), ("RESNAME",) + tuple(str(k) for k in range(BINS)),
+                ("%-3s",) + ("%8.5f",) * BINS, [(letter, *tables[letter]) for letter in settings.CHI1_TYPES],
+                ("Weight of a rotamer by the bin (tenths) of its mean chi1 score, per residue type.",
+                 "Conditional logit fit on proteins held out of the network training."))
+
+
+def _report(held, tables):
+    """Prints how many held-out residues get a class and how often it is right."""
+    summary, best, right, loss = [], [], [], []
+    for letter, (slots, truth) in held.items():
+        chance = chances(tables[letter], slots)
         best.append(chance.max(axis=1))
         right.append(chance.argmax(axis=1) == truth)
-        called = best[-1] >= 0.6
+        loss.append(-np.log(chance[np.arange(len(truth)), truth]))
+        called = best[-1] >= SMALLEST_CALLED
         share = right[-1][called].mean() if called.any() else math.nan
         summary.append(f"{letter}: {100 * called.mean():.0f} % called, {100 * share:.0f} % right")
     best, right = np.concatenate(best), np.concatenate(right)
+    called = best >= SMALLEST_CALLED
     print("  chi1 of held-out proteins: " + "; ".join(summary))
-    print(f"  all types: {100 * (best >= 0.6).mean():.1f} % called, {100 * right[best >= 0.6].mean():.1f} % right; "
-          "stated and real probability by tenths: "
+    print(f"  all types: {100 * called.mean():.1f} % called, {100 * right[called].mean():.1f} % right, log loss "
+          f"{np.concatenate(loss).mean():.4f}; stated and real probability by tenths: "
           + ", ".join(f"{stated:.2f} {share:.2f} ({count})" for count, stated, share in reliability(best, right)),
           flush=True)
-    write_table(os.path.join(tab, "chi1.tab"), ("RESNAME",) + tuple(str(k) for k in range(BINS)),
-                ("%-3s",) + ("%8.5f",) * BINS, rows,
-                ("Weight of a rotamer by the bin (tenths) of its mean chi1 score, per residue type.",
-                 "Conditional logit fit on proteins held out of the network training."))

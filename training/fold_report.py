@@ -107,6 +107,8 @@ def main():
     for name in ("predicted.pt", "inputs.npz", "surf20-folds.pt"):
         if not os.path.exists(os.path.join(options.cache, name)):
             sys.exit(f"no {name} in {options.cache}: run build.py first")
+    if not os.path.isdir(os.path.join(options.home, "tab")):
+        sys.exit(f"no folder tab in {options.home}: give --home the folder that build.py wrote to (its --out)")
     cache = build.Cache(options.cache)
     proteins = read_training(options.paired)
     folds = assign_folds(proteins, settings.FOLDS, settings.SEED)

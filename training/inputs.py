@@ -186,7 +186,7 @@ def prepare(proteins, tool, home, folder, pool=None):
         for chain, protein in enumerate(proteins):
             if protein.variants is not None and variant not in protein.variants:
                 continue
-            stem = os.path.join(work, f"{protein.name}.{variant}")
+            stem = os.path.join(work, f"{chain}.{protein.name}.{variant}")
             if write_input(stem + ".tab", protein, mask(protein, variant)) < SMALLEST_TABLE:
                 continue
             flags = " -noproton" if variant.startswith("no_proton") else ""

@@ -64,6 +64,9 @@ WORST_RESOLUTION = 2.5  # angstrom, of crystal structures that are looked at
 SIMULATED_RESOLUTION = 2.5  # of chains with simulated shifts
 SIMULATED_LENGTH = 40  # residues, of the shortest one
 DATABASE_RESOLUTION = 2.5  # of chains in the fragment database
+# Mean B factor of N CA C O of a residue in the database: square angstrom, and standard deviations above the chain's mean.
+LARGEST_B = 90.0
+LARGEST_B_DEVIATION = 3.0
 MODEL_FOLDS = 5
 MODEL_MEMBERS = 5
 MODEL_HIDDEN = 160
@@ -112,4 +115,5 @@ PROFILE_PROCESSES = 1
 RELATED_EVALUE = 1e-3  # sequences with such a local alignment are relatives
 CHI1_EPOCHS = 12
 CHI1_RATE = 0.01  # orthogonalised steps
+CHI1_REAL_WEIGHT = 2.0  # of a residue of a real protein, in units of one with simulated shifts
 CHI1_TYPES = "CDEFHIKLMNQRSTVWY"

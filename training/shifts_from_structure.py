@@ -185,11 +185,15 @@ class PredictedShifts:
             protein.related = protein.cluster in related
         return result
 
-    def database_chains(self):
-        """[(protein, secondary, error)] of the fragment database: chains that hold no paired protein."""
+    def database_chains(self, b_factors):
+        """[(protein, secondary, error)] of the fragment database: chains that hold no paired protein. Residues that are
+        disordered in the crystal keep no torsions, and so get no record. b_factors: structures.read_b_factors."""
         result = []
         for k in self._one_per_cluster(lambda chain: not chain.paired
                                        and chain.resolution <= settings.DATABASE_RESOLUTION):
             protein, keep = simulate.as_protein(self.chains[k])
+            b = b_factors.get(self.chains[k].name)
+            if b is not None:
+                protein.phi = np.where(structures.disordered(b)[keep], np.nan, protein.phi)
             result.append((protein, self.secondary[k][keep], self.error[k][keep]))
         return result

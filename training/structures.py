@@ -8,6 +8,8 @@ from dataclasses import dataclass
 
 import numpy as np
 
+import settings
+
 
 TABLES = {"residues": "residues.tsv.xz", "phipsi": "phipsi_dssp.tsv.xz"}
 ANGLES = ("phi", "psi", "omega", "chi1", "chi2")
@@ -123,6 +125,26 @@ def _parse(folder, cache):
             text["ss8"].append("".join(letter or "-" for letter in ss8))
     np.savez(cache, names=np.array(names), lengths=np.array(lengths), code="".join(text["code"]),
              ss8="".join(text["ss8"]), **{key: np.concatenate(parts) for key, parts in arrays.items()})
+
+
+def read_b_factors(folder, cache_folder):
+    """{chain: mean B factor of N CA C O per residue, square angstrom, nan = not known} of the chains with coordinates, rows as
+    in read_chains. Kept as b_factors.npz in `cache_folder`."""
+    cache = os.path.join(cache_folder, "b_factors.npz")
+    if not os.path.exists(cache):
+        table = {name: np.array([_number(cell) for cell in column], np.float32)
+                 for name, (column,) in table_rows(os.path.join(folder, TABLES["residues"]), ("bmc",))}
+        np.savez(cache, **table)
+    with np.load(cache) as stored:
+        return {name: stored[name] for name in stored.files}
+
+
+def disordered(b):
+    """Which residues of a chain are too mobile for their torsions to be believed: B far above the chain's mean, or high."""
+    spread = np.nanstd(b) if np.isfinite(b).any() else 0.0
+    with np.errstate(invalid="ignore"):
+        high = b > settings.LARGEST_B
+        return high | (b > np.nanmean(b) + settings.LARGEST_B_DEVIATION * spread) if spread > 0.0 else high
 
 
 def read_chains(folder, cache_folder):
