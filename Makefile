@@ -41,7 +41,7 @@ bench: deps ## build and run the benchmarks (about 5 minutes, 450 MB in build/be
 	@command -v python3 >/dev/null || { echo "python3 is needed to write docs/PERFORMANCE.md" >&2; exit 1; }
 	@scripts/performance.py build/bench/benchmark.json docs/PERFORMANCE.md
 
-installation: deps ## train an installation: make installation PAIRED=DIR STRUCTURES=DIR OUT=DIR (95 minutes)
+installation: deps ## train an installation: make installation PAIRED=DIR STRUCTURES=DIR OUT=DIR (an hour and a half)
 	@PAIRED="$(PAIRED)" STRUCTURES="$(STRUCTURES)" OUT="$(OUT)" CACHE="$(CACHE)" BLASTDB="$(BLASTDB)" \
 	  PROFILES="$(PROFILES)" LOOKED="$(LOOKED)" ACCURACY="$(ACCURACY)" QUICK="$(QUICK)" PYTHON="$(PYTHON)" \
 	  scripts/make_installation.sh

@@ -119,8 +119,7 @@ def predict_shifts(proteins, reference, options, cache):
 
     predicted = cache.get("predicted", make)
     related = cache.get("relatives", lambda: predicted.relatives_of(proteins, options.cache))
-    b_factors = structures.read_b_factors(options.structures, options.cache)
-    return SimpleNamespace(paired=predicted.paired, database=predicted.database_chains(b_factors), relatives=related,
+    return SimpleNamespace(paired=predicted.paired, database=predicted.database_chains(), relatives=related,
                            pool=predicted.pool,
                            simulated=predicted.simulated(proteins, reference, set().union(*related.values())))
 

@@ -2,6 +2,7 @@
 
 import math
 import os
+from types import SimpleNamespace
 
 import numpy as np
 import torch
@@ -196,12 +197,13 @@ def reliability(chance, right):
             for k in range(3, 10) if (tenth == k).any()]
 
 
-def _train(letter, x, target, weight, rows, number):
+def _train(letter, data, rows):
     """Layers of one chi1 network fitted on the given rows."""
-    rng = np.random.default_rng(settings.SEED + number)
-    columns = [column[rows] for column in (x, target, weight)]
+    seed = settings.SEED + settings.CHI1_TYPES.index(letter)
+    rng = np.random.default_rng(seed)
+    columns = [column[rows] for column in (data.x, data.target, data.weight)]
     centre, scale = standardisation(columns[0])
-    model = Ensemble(3, 39, HIDDEN, 1, centre, scale, settings.SEED + number)
+    model = Ensemble(3, 39, HIDDEN, 1, centre, scale, seed)
 
     def batches():
         for index in shuffled(len(columns[0]), settings.BATCH, rng):
@@ -213,37 +215,42 @@ def _train(letter, x, target, weight, rows, number):
     return model.layers()
 
 
-def _held_out(letter, query, chi1, x, target, weight, truth_state, fold, mine, real, number):
+def _columns(proteins, folds, candidates):
+    """The candidates with what is known of their queries, one array each; `weight` is filled per residue type."""
+    query, chi1, x = candidates
+    sizes = [len(protein) for protein in proteins]
+    query_truth = rotamer(np.concatenate([protein.chi1 for protein in proteins]))
+    truth, state = query_truth[query], rotamer(chi1)
+    letter = np.frombuffer("".join("".join(protein.code) for protein in proteins).upper().encode(), np.uint8)[query]
+    return SimpleNamespace(query=query, chi1=chi1, x=x, query_truth=query_truth, state=state, letter=letter,
+                           known=(truth >= 0) & (state >= 0), target=(state != truth).astype(np.float32),
+                           weight=np.zeros(len(query), np.float32), fold=np.repeat(folds, sizes)[query],
+                           real=np.repeat([protein.variants is None for protein in proteins], sizes)[query])
+
+
+def _held_out(letter, data, mine):
     """Bins of the rotamer means and true rotamers of all real queries, by networks that never saw their fold."""
     slots, truth = [], []
-    for k in range(settings.FOLDS):
-        layers = _train(letter, x, target, weight, mine & (fold != k), number)
-        test = mine & real & (fold == k)
-        score = evaluate_layers(layers, x[test].astype(float)).mean(axis=0)[:, 0]
-        queries, means = rotamer_means(query[test], chi1[test], score)
+    for fold in range(settings.FOLDS):
+        layers = _train(letter, data, mine & (data.fold != fold))
+        test = np.nonzero(mine & data.real & (data.fold == fold))[0]
+        score = evaluate_layers(layers, data.x[test].astype(float)).mean(axis=0)[:, 0]
+        queries, means = rotamer_means(data.query[test], data.chi1[test], score)
         slots.append(bins(means))
-        truth.append(truth_state[queries])
+        truth.append(data.query_truth[queries])
     return np.concatenate(slots), np.concatenate(truth)
 
 
 def train_all(proteins, folds, candidates, tab):
     """Trains the 17 networks on all proteins, real and simulated, and calibrates them on scores of real proteins by networks
     that held them out; writes all tables. folds: fold number per protein."""
-    query, chi1, x = candidates
-    sizes = [len(protein) for protein in proteins]
-    letters = np.frombuffer("".join("".join(protein.code) for protein in proteins).upper().encode(), np.uint8)
-    fold = np.repeat(folds, sizes)[query]
-    real = np.repeat([protein.variants is None for protein in proteins], sizes)[query]
-    truth_state = rotamer(np.concatenate([protein.chi1 for protein in proteins]))
-    state = rotamer(chi1)
-    target = (state != truth_state[query]).astype(np.float32)
+    data = _columns(proteins, folds, candidates)
     held = {}
-    for number, letter in enumerate(settings.CHI1_TYPES):
-        mine = (letters[query] == ord(letter)) & (truth_state[query] >= 0) & (state >= 0)
-        weight = np.zeros(len(query), np.float32)
-        weight[mine] = fragment_weights(query[mine], state[mine], real[mine])
-        held[letter] = _held_out(letter, query, chi1, x, target, weight, truth_state, fold, mine, real, number)
-        write_level(tab, f"chi1_{letter}", 1, _train(letter, x, target, weight, mine, number),
+    for letter in settings.CHI1_TYPES:
+        mine = data.known & (data.letter == ord(letter))
+        data.weight[mine] = fragment_weights(data.query[mine], data.state[mine], data.real[mine])
+        held[letter] = _held_out(letter, data, mine)
+        write_level(tab, f"chi1_{letter}", 1, _train(letter, data, mine),
                     "Chi1 fragment score of residue type %s: near 0 same rotamer, near 1 another." % letter)
     pooled = calibrate(*(np.concatenate(parts) for parts in zip(*held.values())))
     tables = {letter: calibrate(*held[letter], pooled) for letter in settings.CHI1_TYPES}

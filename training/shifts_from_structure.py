@@ -185,15 +185,13 @@ class PredictedShifts:
             protein.related = protein.cluster in related
         return result
 
-    def database_chains(self, b_factors):
+    def database_chains(self):
         """[(protein, secondary, error)] of the fragment database: chains that hold no paired protein. Residues that are
-        disordered in the crystal keep no torsions, and so get no record. b_factors: structures.read_b_factors."""
+        disordered in the crystal keep no torsions, and so get no record."""
         result = []
         for k in self._one_per_cluster(lambda chain: not chain.paired
                                        and chain.resolution <= settings.DATABASE_RESOLUTION):
             protein, keep = simulate.as_protein(self.chains[k])
-            b = b_factors.get(self.chains[k].name)
-            if b is not None:
-                protein.phi = np.where(structures.disordered(b)[keep], np.nan, protein.phi)
+            protein.phi[structures.disordered(self.chains[k].b)[keep]] = np.nan
             result.append((protein, self.secondary[k][keep], self.error[k][keep]))
         return result

@@ -38,6 +38,7 @@ class Chain:
     ss8: str
     breaks: np.ndarray  # True where the chain is broken before the residue
     angles: np.ndarray  # residues x 5: phi, psi, omega, chi1, chi2, degrees
+    b: np.ndarray  # mean B factor of N CA C O, square angstrom
 
     def __len__(self):
         return len(self.code)
@@ -109,17 +110,18 @@ def _places(resid, breaks):
 
 def _parse(folder, cache):
     """Reads both packed tables and stores them as arrays over all residues (the slow step, run once)."""
-    names, lengths, arrays, text = [], [], {key: [] for key in ("angles", "breaks", "place")}, {"code": [], "ss8": []}
+    names, lengths, arrays, text = [], [], {key: [] for key in ("angles", "breaks", "place", "b")}, {"code": [], "ss8": []}
     for file in TABLES.values():
         print(f"reading {file} ...", flush=True)
-        for name, (resid, aa, ss8, flags, *angle_columns) in table_rows(
-                os.path.join(folder, file), ("resid", "aa", "ss8", "flags") + ANGLES):
+        for name, (resid, aa, ss8, flags, b, *angle_columns) in table_rows(
+                os.path.join(folder, file), ("resid", "aa", "ss8", "flags", "bmc") + ANGLES):
             angles = np.array([[_number(cell) for cell in column] for column in angle_columns], np.float32).T
             breaks = _breaks(flags, angles)
             names.append(name)
             lengths.append(len(resid))
             arrays["angles"].append(angles)
             arrays["breaks"].append(breaks)
+            arrays["b"].append(np.array([_number(cell) for cell in b], np.float32))
             arrays["place"].append(_places(np.array(resid, int), breaks))
             text["code"].append("".join(aa))
             text["ss8"].append("".join(letter or "-" for letter in ss8))
@@ -127,24 +129,12 @@ def _parse(folder, cache):
              ss8="".join(text["ss8"]), **{key: np.concatenate(parts) for key, parts in arrays.items()})
 
 
-def read_b_factors(folder, cache_folder):
-    """{chain: mean B factor of N CA C O per residue, square angstrom, nan = not known} of the chains with coordinates, rows as
-    in read_chains. Kept as b_factors.npz in `cache_folder`."""
-    cache = os.path.join(cache_folder, "b_factors.npz")
-    if not os.path.exists(cache):
-        table = {name: np.array([_number(cell) for cell in column], np.float32)
-                 for name, (column,) in table_rows(os.path.join(folder, TABLES["residues"]), ("bmc",))}
-        np.savez(cache, **table)
-    with np.load(cache) as stored:
-        return {name: stored[name] for name in stored.files}
-
-
 def disordered(b):
-    """Which residues of a chain are too mobile for their torsions to be believed: B far above the chain's mean, or high."""
-    spread = np.nanstd(b) if np.isfinite(b).any() else 0.0
-    with np.errstate(invalid="ignore"):
-        high = b > settings.LARGEST_B
-        return high | (b > np.nanmean(b) + settings.LARGEST_B_DEVIATION * spread) if spread > 0.0 else high
+    """Which residues of a chain are too mobile for their torsions to be believed: B high, or far above the chain's mean. One
+    value throughout is a placeholder and tells nothing; the mean is compared, since some files give B in other units."""
+    if not np.isfinite(b).any() or np.nanmin(b) == np.nanmax(b):
+        return np.zeros(len(b), bool)
+    return (b > settings.LARGEST_B) | (b > np.nanmean(b) + settings.LARGEST_B_DEVIATION * np.nanstd(b))
 
 
 def read_chains(folder, cache_folder):
@@ -157,7 +147,7 @@ def read_chains(folder, cache_folder):
     with np.load(cache) as stored:
         names, lengths = stored["names"], stored["lengths"]
         code, ss8 = str(stored["code"]), str(stored["ss8"])
-        angles, breaks, place = stored["angles"], stored["breaks"], stored["place"]
+        angles, breaks, place, b = (stored[key] for key in ("angles", "breaks", "place", "b"))
     ends = np.cumsum(lengths)
     spans = {name: slice(end - length, end) for name, length, end in zip(names.tolist(), lengths, ends)}
     chains = []
@@ -167,5 +157,5 @@ def read_chains(folder, cache_folder):
             paired = tuple(name for name in row["paired"].split(",") if name)
             chains.append(Chain(row["chain"], row["cl30"], row["cl50"], paired, row["class"], row["source"],
                                 _number(row["resolution"]), _number(row["left"]), place[span], code[span], ss8[span],
-                                breaks[span], angles[span]))
+                                breaks[span], angles[span], b[span]))
     return chains

@@ -27,15 +27,16 @@ def chain(name, cluster):
 
 class DisorderedResidues(unittest.TestCase):
     def test_high_b_alone_or_against_the_chain(self):
-        even = np.full(40, 20.0)
-        outlier = even.copy()
-        outlier[7] = 45.0  # 4 standard deviations of 3.9 above 20.6
-        hot = np.full(40, settings.LARGEST_B + 5.0)
-        unknown = np.full(40, np.nan)
+        placeholder = np.full(41, 10.05, np.float32)  # its mean in single precision is smaller
+        outlier = np.full(40, 20.0)
+        outlier[7] = 45.0  # 6 standard deviations of 3.9 above the mean of 20.6
         partly = outlier.copy()
         partly[20:] = np.nan
-        for name, b, expected in (("even", even, []), ("one mobile residue", outlier, [7]), ("all mobile", hot, list(range(40))),
-                                  ("no B factors", unknown, []), ("B factors of half a chain", partly, [7])):
+        hot = settings.LARGEST_B + np.arange(1.0, 41.0)
+        for name, b, expected in (("placeholder", placeholder, []), ("high placeholder", np.full(40, 100.0), []),
+                                  ("one mobile residue", outlier, [7]), ("the same in other units", outlier / 79.0, [7]),
+                                  ("all mobile", hot, list(range(40))), ("no B factors", np.full(40, np.nan), []),
+                                  ("B factors of half a chain", partly, [7])):
             with self.subTest(name):
                 self.assertEqual(list(np.nonzero(structures.disordered(b))[0]), expected)
 
