@@ -1,21 +1,23 @@
 // Secondary structure from a PSI-BLAST sequence profile alone.
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
 #include <iostream>
-#include <iterator>
-#include <limits>
+#include <memory>
+#include <optional>
 
 #include "ann/SSANN.h"
 #include "ann/output_text.h"
 #include "ann/ss_output.h"
 #include "driver/ORBEL.h"
+#include "driver/limits.h"
 #include "driver/maps.h"
 
 namespace {
 
 constexpr std::size_t kAminoAcids = 20;
+constexpr std::size_t kRowBytes = kAminoAcids * sizeof(double);
 constexpr std::string_view kCheckpointOrder = "ARNDCQEGHILKMFPSTWYV";
 constexpr std::string_view kProfileOrder = "ACDEFGHIKLMNPQRSTVWY";
 
@@ -33,7 +35,6 @@ Checkpoint decodeCheckpoint(const std::string& bytes) {
   std::memcpy(&length, bytes.data(), sizeof length);
   checkpoint.letters = bytes.substr(sizeof length, static_cast<std::size_t>(std::max(length, 0)));
 
-  constexpr std::size_t kRowBytes = kAminoAcids * sizeof(double);
   std::size_t position = sizeof length + checkpoint.letters.size();
   for (; position + kRowBytes <= bytes.size(); position += kRowBytes) {
     std::array<double, kAminoAcids> row{};
@@ -50,22 +51,32 @@ std::string letterOf(const Checkpoint& checkpoint, std::size_t row) {
   return std::string(1, letter > ' ' && letter <= '~' ? letter : 'X');
 }
 
+/// The bytes of a checkpoint, no more than the longest chain needs and one row; none when it cannot be opened
+/// or read (opening a directory succeeds, only reading it fails).
+std::optional<std::string> readCheckpoint(const std::string& path) {
+  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), &std::fclose);
+  if (file == nullptr) return std::nullopt;
+  std::string bytes(sizeof(std::int32_t) + kLongestChain + (kLongestChain + 1) * kRowBytes, '\0');
+  bytes.resize(std::fread(bytes.data(), 1, bytes.size(), file.get()));
+  if (std::ferror(file.get()) != 0) return std::nullopt;
+  return bytes;
+}
+
 /// Profiles by residue number; fills the driver's sequence. Ends the process when the file cannot be opened.
 ResidueVectors readProfiles(ORBEL& orbel, int first) {
   ResidueVectors profiles;
   if (orbel.blastCheckFile.empty()) return profiles;
-  std::ifstream file(orbel.blastCheckFile, std::ios::binary);
-  if (!file) {
+  const std::optional<std::string> bytes = readCheckpoint(orbel.blastCheckFile);
+  if (!bytes) {
     std::cout << "Unable to open file";
     std::exit(255);
   }
   orbel.sequence.clear();
-  const std::string bytes((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
-  Checkpoint checkpoint = decodeCheckpoint(bytes);
+  Checkpoint checkpoint = decodeCheckpoint(*bytes);
+  requireChainLength(std::max(checkpoint.letters.size(), checkpoint.profiles.size()),
+                     "checkpoint " + orbel.blastCheckFile);
   for (std::size_t k = 0; k < checkpoint.profiles.size(); ++k) {
-    const long long number = first + static_cast<long long>(k);
-    if (number > std::numeric_limits<int>::max()) break;
-    const int resid = static_cast<int>(number);
+    const int resid = first + static_cast<int>(k);
     profiles[resid] = std::move(checkpoint.profiles[k]);
     orbel.sequence[resid] = letterOf(checkpoint, k);
   }
@@ -110,6 +121,8 @@ void ORBEL::runSeqSS_Prediction() {
     const GDB table(inputFile);
     sequence = table.residList;
     first = table.firstResid;
+    requireChainLength(sequence.size(), "file " + inputFile);
+    requireResid(first, inputFile);
   }
   SSANN network(314, 70, 3, 59, 15, 3, tabDir, "seqSS15");
   network.setOrder(5);

@@ -28,9 +28,9 @@ std::string rowsOf(const GDB& table) {
 TEST_F(GDBTest, ReadsHeaderAndRows) {
   const std::string header =
       "remark   two  words\r\nREMARK\nREMARK \n# comment\n\n \t \ndata   first_resid   -5\nDATA\n"
-      "DATA SEQUENCE MKTAY ACDEF\nDATA  Sequence  Zac1 ph?\nVars  RESID   NAME\nFormat %5d   %-4s \n";
+      "DATA SEQUENCE MKTAY ACDEF\nDATA  Sequence  Zac1 ph?\nVars  RESID   NAME\nFormat %5d   %-4s \r\n";
   const GDB table(file(header + " 1 A\n 2\n 2 B C\n\n 3 D\r\n4 E"));
-  EXPECT_EQ(table.remarks, (std::list<std::string>{"  two  words\r", "", ""}));
+  EXPECT_EQ(table.remarks, (std::list<std::string>{"  two  words", "", ""}));
   EXPECT_EQ(table.dataLines,
             (std::list<std::string>{"first_resid -5", "SEQUENCE MKTAY ACDEF", "Sequence Zac1 ph?"}));
   EXPECT_EQ(table.getData("SEQUENCE"), " MKTAY ACDEF Zac1 ph?");
