@@ -18,6 +18,7 @@
 #include "driver/command_line.h"
 #include "driver/maps.h"
 #include "table_times.h"
+#include "tables/programFrame.h"
 #include "tables/text.h"
 
 namespace {
@@ -127,9 +128,7 @@ void dumpChi1(ORBEL& run, std::ostream& out) {
   }
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int runDump(int argc, char** argv) {
   if (argc == 2 && std::string_view(argv[1]) == "times") {
     const auto run = configure({});
     if (reportTableTimes(run->tabDir, run->atomNames)) return 0;
@@ -162,4 +161,10 @@ int main(int argc, char** argv) {
     }
   }
   return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  return runProgramFrame("orbeln-dump", [&] { return runDump(argc, argv); });
 }
