@@ -73,6 +73,8 @@ class ORBEL {
   // ---- reference tables (driver/)
   // --------------------------------------------------------------------------
   void init();
+  /// Warns of tables whose size is not that of the installation's list; those given by option are left out.
+  void warnOfDamagedTables() const;
   double getRC(const std::string& code, const std::string& atom) const;         ///< 9999 when no row
   double getRCadj(const std::string& code, const std::string& atom) const;      ///< 0 when no row
   double getPrevRCadj(const std::string& code, const std::string& atom) const;  ///< by the preceding residue

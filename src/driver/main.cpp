@@ -17,6 +17,7 @@ int runOrbel(int argc, char** argv) {
 
   const std::clock_t start = std::clock();
   driver->setArgs(commandLine.options);
+  driver->warnOfDamagedTables();
   if (commandLine.sequenceOnly) {
     driver->runSeqSS_Prediction();
   } else {
