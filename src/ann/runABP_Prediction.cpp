@@ -11,6 +11,7 @@
 #include "driver/angles.h"
 #include "driver/maps.h"
 #include "driver/residue_range.h"
+#include "tables/OutputFile.h"
 #include "tables/text.h"
 
 namespace {
@@ -172,8 +173,8 @@ void ORBEL::runABP_Prediction() {
   runNetworks(*this);
 
   const std::string path = predPrefix + "ABP.tab";
-  const output_text::File file = output_text::open(path);
-  if (file == nullptr) {
+  OutputFile file(path);
+  if (!file.isOpen()) {
     std::cerr << "\tCan't open file write file " << path << " !!!" << std::endl;
     return;
   }
@@ -182,5 +183,5 @@ void ORBEL::runABP_Prediction() {
     std::vector<double> selected = selectDistribution(*this, resid);
     if (selected.size() == kPhiPsiBoxes) finishResidue(*this, resid, std::move(selected), text);
   }
-  output_text::write(file, text);
+  saveText(file, path, text);
 }

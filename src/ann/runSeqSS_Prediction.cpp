@@ -1,11 +1,8 @@
 // Secondary structure from a PSI-BLAST sequence profile alone.
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <iostream>
-#include <memory>
-#include <optional>
 
 #include "ann/SSANN.h"
 #include "ann/output_text.h"
@@ -13,11 +10,16 @@
 #include "driver/ORBEL.h"
 #include "driver/limits.h"
 #include "driver/maps.h"
+#include "tables/OutputFile.h"
+#include "tables/wholeFile.h"
 
 namespace {
 
 constexpr std::size_t kAminoAcids = 20;
 constexpr std::size_t kRowBytes = kAminoAcids * sizeof(double);
+/// What the longest chain needs and one row more.
+constexpr std::size_t kLongestCheckpoint =
+    sizeof(std::int32_t) + kLongestChain + (kLongestChain + 1) * kRowBytes;
 constexpr std::string_view kCheckpointOrder = "ARNDCQEGHILKMFPSTWYV";
 constexpr std::string_view kProfileOrder = "ACDEFGHIKLMNPQRSTVWY";
 
@@ -51,28 +53,17 @@ std::string letterOf(const Checkpoint& checkpoint, std::size_t row) {
   return std::string(1, letter > ' ' && letter <= '~' ? letter : 'X');
 }
 
-/// The bytes of a checkpoint, no more than the longest chain needs and one row; none when it cannot be opened
-/// or read (opening a directory succeeds, only reading it fails).
-std::optional<std::string> readCheckpoint(const std::string& path) {
-  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), &std::fclose);
-  if (file == nullptr) return std::nullopt;
-  std::string bytes(sizeof(std::int32_t) + kLongestChain + (kLongestChain + 1) * kRowBytes, '\0');
-  bytes.resize(std::fread(bytes.data(), 1, bytes.size(), file.get()));
-  if (std::ferror(file.get()) != 0) return std::nullopt;
-  return bytes;
-}
-
 /// Profiles by residue number; fills the driver's sequence. Ends the process when the file cannot be opened.
 ResidueVectors readProfiles(ORBEL& orbel, int first) {
   ResidueVectors profiles;
   if (orbel.blastCheckFile.empty()) return profiles;
-  const std::optional<std::string> bytes = readCheckpoint(orbel.blastCheckFile);
-  if (!bytes) {
+  const FileBytes file = readWholeFile(orbel.blastCheckFile, false, kLongestCheckpoint);
+  if (!file.ok) {
     std::cout << "Unable to open file";
     std::exit(255);
   }
   orbel.sequence.clear();
-  Checkpoint checkpoint = decodeCheckpoint(*bytes);
+  Checkpoint checkpoint = decodeCheckpoint(file.bytes);
   requireChainLength(std::max(checkpoint.letters.size(), checkpoint.profiles.size()),
                      "checkpoint " + orbel.blastCheckFile);
   for (std::size_t k = 0; k < checkpoint.profiles.size(); ++k) {
@@ -130,10 +121,10 @@ void ORBEL::runSeqSS_Prediction() {
   ssSequencePrediction = std::move(network.level2Outputs);
 
   const std::string path = predPrefix + "SS.tab";
-  const output_text::File file = output_text::open(path);
-  if (file == nullptr) {
+  OutputFile file(path);
+  if (!file.isOpen()) {
     std::cerr << "\tCan't open write file " << path << " !!!" << std::endl;
     return;
   }
-  output_text::write(file, tableText(*this, first));
+  saveText(file, path, tableText(*this, first));
 }

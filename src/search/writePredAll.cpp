@@ -132,5 +132,5 @@ void ORBEL::writePredAll() {
       addRow(table, *this, ++row, resid, entry, distance[k], weight[k]);
     }
   }
-  table.saveGDB(predAllFile);
+  saveTable(table, predAllFile);
 }
