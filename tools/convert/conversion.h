@@ -41,6 +41,11 @@ bool convertRows(const Entry& entry, const Chain& chain, const std::string& list
 /// Hints for deuterated samples and shift lists without protons.
 void addHints(const Entry& entry, const Chain& chain, Conversion& conversion);
 
+/// Recognises and reads the text of `file`. `sequence` receives the sequence that came with it, by the
+/// settings or as a file beside it, whose name then stands in `settings`.
+bool readEntry(const std::string& file, std::string_view text, Settings& settings, Entry& entry,
+               std::vector<Chain>& sequence, Log& log);
+
 /// Recognises, reads, chooses, numbers and converts the text of `file`. `ambiguous` tells that a choice of
 /// chain or list is missing.
 bool convertText(const std::string& file, std::string_view text, const Settings& settings,

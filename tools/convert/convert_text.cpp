@@ -140,20 +140,26 @@ bool prepareChain(const Entry& entry, Chain& chain, const std::vector<Chain>& se
 
 }  // namespace
 
-bool convertText(const std::string& file, std::string_view text, const Settings& given,
-                 Conversion& conversion, bool& ambiguous, Log& log) {
-  Settings settings = given;
-  ambiguous = false;
+bool readEntry(const std::string& file, std::string_view text, Settings& settings, Entry& entry,
+               std::vector<Chain>& sequence, Log& log) {
   if (!isText(text, log)) return false;
   const Format format = settings.format.empty() ? recognise(text) : formatNamed(settings.format);
-  std::vector<Chain> sequence;
   if (!readCompanion(file, format, settings, sequence, log)) return false;
-  Entry entry;
   if (!readFormat(format, text, sequence, entry, log)) return false;
   if (entry.needsSequence && sequence.empty()) {
     return log.error(0, "a " + entry.format + " carries no sequence; give it with --sequence (FASTA" +
                             (format == Format::Xeasy ? " or .seq)" : ")"));
   }
+  return true;
+}
+
+bool convertText(const std::string& file, std::string_view text, const Settings& given,
+                 Conversion& conversion, bool& ambiguous, Log& log) {
+  Settings settings = given;
+  ambiguous = false;
+  std::vector<Chain> sequence;
+  Entry entry;
+  if (!readEntry(file, text, settings, entry, sequence, log)) return false;
   const Choice choice = choose(entry, settings, log);
   ambiguous = choice.ambiguous;
   if (!choice.ok) return false;

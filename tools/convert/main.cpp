@@ -1,43 +1,51 @@
 // orbeln-convert: chemical shifts of other formats to the input table.
 #include <cstdio>
+#include <filesystem>
 
 #include "common/arguments.h"
 #include "common/files.h"
+#include "common/same_file.h"
 #include "convert/conversion.h"
+#include "convert/list_choices.h"
 #include "convert/names.h"
 #include "convert/readers.h"
 
 namespace {
 
 constexpr int kBadInput = 1, kChoiceNeeded = 3;
+constexpr std::size_t kChoicesInOneLine = 10;
 
 tools::Program program() {
   std::string formats;
   for (const std::string& name : convert::formatNames()) formats += (formats.empty() ? "" : ", ") + name;
-  return {"orbeln-convert",
-          "INPUT -o TABLE [OPTIONS]",
-          "Converts assigned chemical shifts (NMR-STAR 3 and 2.1, NEF, XEASY, Sparky/POKY, SHIFTY, CSV/TSV) "
-          "to the "
-          "input table of orbeln. The format is recognised by the content. INPUT and TABLE may be '-' for "
-          "standard "
-          "input and output.",
-          {{"--output", "-o", "TABLE", "Write the table to this file."},
-           {"--chain", "-c", "ID", "Convert this chain (identifier, PDB chain letter or name)."},
-           {"--list", "-l", "ID", "Convert this shift list (identifier or name)."},
-           {"--sequence", "-s", "FILE", "Take the sequence from this FASTA or XEASY .seq file."},
-           {"--format", "-f", "NAME", "Read INPUT as one of: " + formats + "."},
-           {"--first-resid", "", "N", "Give the first residue of the sequence this number."},
-           {"--keep-first", "", "", "Where an atom stands twice with different values, take the first one."},
-           {"--skip-ambiguous", "", "", "Leave out assignments with ambiguity code 4, 5, 6 or 9."},
-           {"--mse-as-met", "", "", "Take selenomethionine (MSE) as methionine."},
-           {"--strict", "", "", "Treat warnings as errors."},
-           {"--quiet", "-q", "", "Print warnings and errors only."}},
-          "Exit status: 0 converted; 1 the input cannot be converted; 2 wrong usage;\n"
-          "3 several chains or shift lists, and none was chosen.\n\n"
-          "Examples:\n"
-          "  orbeln-convert bmr17769.str -o ubiquitin.tab\n"
-          "  orbeln-convert dimer.nef --chain B -o monomer.tab\n"
-          "  orbeln-convert peaks.list --sequence protein.fasta -o protein.tab\n"};
+  return {
+      "orbeln-convert",
+      "INPUT -o TABLE [OPTIONS]",
+      "Converts assigned chemical shifts (NMR-STAR 3 and 2.1, NEF, XEASY, Sparky/POKY, SHIFTY, CSV/TSV) "
+      "to the "
+      "input table of orbeln. The format is recognised by the content. INPUT and TABLE may be '-' for "
+      "standard "
+      "input and output.",
+      {{"--output", "-o", "TABLE", "Write the table to this file."},
+       {"--chain", "-c", "ID", "Convert this chain (identifier, PDB chain letter or name)."},
+       {"--list", "-l", "ID", "Convert this shift list (identifier or name)."},
+       {"--sequence", "-s", "FILE", "Take the sequence from this FASTA or XEASY .seq file."},
+       {"--format", "-f", "NAME", "Read INPUT as one of: " + formats + "."},
+       {"--first-resid", "", "N", "Give the first residue of the sequence this number."},
+       {"--keep-first", "", "", "Where an atom stands twice with different values, take the first one."},
+       {"--skip-ambiguous", "", "", "Leave out assignments with ambiguity code 4, 5, 6 or 9."},
+       {"--mse-as-met", "", "", "Take selenomethionine (MSE) as methionine."},
+       {"--choices", "", "",
+        "Convert nothing; print the protein chains and shift lists that can be chosen, tab-separated, one "
+        "pair a line."},
+       {"--strict", "", "", "Treat warnings as errors."},
+       {"--quiet", "-q", "", "Print warnings and errors only."}},
+      "Exit status: 0 converted; 1 the input cannot be converted; 2 wrong usage;\n"
+      "3 several chains or shift lists, and none was chosen.\n\n"
+      "Examples:\n"
+      "  orbeln-convert bmr17769.str -o ubiquitin.tab\n"
+      "  orbeln-convert dimer.nef --chain B -o monomer.tab\n"
+      "  orbeln-convert peaks.list --sequence protein.fasta -o protein.tab\n"};
 }
 
 convert::Settings settingsFrom(const tools::Arguments& arguments) {
@@ -60,7 +68,7 @@ std::string usageProblem(const tools::Arguments& arguments, const convert::Setti
   if (arguments.words.size() + arguments.rest.size() != 1) {
     return arguments.words.empty() ? "which file is to be converted?" : "one input file at a time";
   }
-  if (arguments.value("--output").empty())
+  if (arguments.value("--output").empty() && !arguments.has("--choices"))
     return "where does the table go? Name it with -o ('-' for standard output)";
   if (!settings.format.empty() && convert::formatNamed(settings.format) == convert::Format::Unknown) {
     return "unknown format '" + settings.format + "'";
@@ -69,6 +77,29 @@ std::string usageProblem(const tools::Arguments& arguments, const convert::Setti
     return "--first-resid '" + settings.firstResid + "' is no integer";
   }
   return "";
+}
+
+/// The long form of "choose one": a table in place of the one line, for files with many chains and lists.
+bool printedChoices(const std::string& input, const std::string& text, const convert::Settings& settings) {
+  std::vector<convert::Option> found;
+  tools::Log log(input == "-" ? "standard input" : input);
+  if (!convert::listOptions(input, text, settings, found, log) || found.size() <= kChoicesInOneLine)
+    return false;
+  std::fprintf(stderr, "orbeln-convert: %s: error: %zu choices, take one with --chain and --list:\n%s",
+               log.file().c_str(), found.size(), convert::optionsTable(found, "  ").c_str());
+  return true;
+}
+
+int printChoices(const std::string& input, const tools::FileText& text, const convert::Settings& settings) {
+  std::vector<convert::Option> found;
+  tools::Log log(input == "-" ? "standard input" : input);
+  const bool read =
+      text.ok ? convert::listOptions(input, text.text, settings, found, log) : log.error(0, text.error);
+  if (!read) {
+    std::fprintf(stderr, "orbeln-convert: %s\n", tools::describe(log.messages().back()).c_str());
+    return kBadInput;
+  }
+  return tools::writeTextFile("-", convert::optionsTsv(found)).empty() ? 0 : kBadInput;
 }
 
 /// One error is enough when the conversion failed; the warnings otherwise.
@@ -80,11 +111,25 @@ void printMessages(const tools::Log& log) {
   }
 }
 
+/// Why `output` must not be written; empty when it may.
+std::string outputProblem(const std::string& input, const std::string& output,
+                          const convert::Settings& settings) {
+  // The .seq beside an XEASY .prot is read unasked.
+  const std::string beside = std::filesystem::path(input).replace_extension(".seq").string();
+  const std::string lost = tools::overwrittenInput(output, {input, settings.sequenceFile, beside});
+  return lost.empty() ? "" : output + ": would overwrite the input " + lost + "; give the table another name";
+}
+
 int run(const tools::Arguments& arguments, const convert::Settings& settings) {
   const std::string input = arguments.words.empty() ? arguments.rest.front() : arguments.words.front();
   const std::string output = arguments.value("--output");
+  if (const std::string problem = outputProblem(input, output, settings); !problem.empty()) {
+    std::fprintf(stderr, "orbeln-convert: %s\n", problem.c_str());
+    return kBadInput;
+  }
   tools::Log log(input == "-" ? "standard input" : input);
   const tools::FileText text = tools::readTextFile(input);
+  if (arguments.has("--choices")) return printChoices(input, text, settings);
   convert::Conversion conversion;
   bool ambiguous = false;
   if (!text.ok) {
@@ -92,7 +137,7 @@ int run(const tools::Arguments& arguments, const convert::Settings& settings) {
   } else {
     convert::convertText(input, text.text, settings, conversion, ambiguous, log);
   }
-  printMessages(log);
+  if (!ambiguous || !printedChoices(input, text.text, settings)) printMessages(log);
   if (log.failed()) return ambiguous ? kChoiceNeeded : kBadInput;
   if (const std::string problem = convert::writeTable(conversion, log, output); !problem.empty()) {
     std::fprintf(stderr, "orbeln-convert: %s: %s\n", output.c_str(), problem.c_str());

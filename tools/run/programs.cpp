@@ -65,4 +65,8 @@ Installation findInstallation(const std::string& given, const std::string& folde
   return result;
 }
 
+std::string describeMaker(const std::string& installation) {
+  return "orbeln-run " ORBELN_VERSION ", tables of " + installation;
+}
+
 }  // namespace run
