@@ -14,12 +14,17 @@ _orbeln_words() {
   mapfile -t COMPREPLY < <(compgen -W "$1" -- "$cur")
 }
 
-# The last word of a list separated by commas.
+# The last word of a list separated by commas; what stands in the list already is not offered again.
 _orbeln_list() {
-  local before=""
+  local before="" left="" word
   case "$cur" in *,*) before="${cur%,*}," ;; esac
+  for word in $1; do
+    # "none" is a list of its own.
+    case ",$before" in *,"$word",*) continue ;; ?*,*) [ "$word" = none ] && [ -n "$before" ] && continue ;; esac
+    left="$left $word"
+  done
   compopt -o nospace 2>/dev/null
-  mapfile -t COMPREPLY < <(compgen -P "$before" -W "$1" -- "${cur##*,}")
+  mapfile -t COMPREPLY < <(compgen -P "$before" -W "$left" -- "${cur##*,}")
 }
 
 _orbeln_shift_files='str|star|nef|prot|list|shifts|shifty|csv|tsv|tab|txt'
@@ -38,7 +43,7 @@ _orbeln_convert() {
   esac
   case "$cur" in
     -*) _orbeln_words '--output --chain --list --sequence --format --first-resid --keep-first
-                       --skip-ambiguous --mse-as-met --strict --quiet --help --version' ;;
+                       --skip-ambiguous --mse-as-met --strict --choices --quiet --help --version' ;;
     *) _orbeln_files "$_orbeln_shift_files" ;;
   esac
 }
@@ -57,7 +62,7 @@ _orbeln_run() {
     -c|--chain|-l|--list|--first-resid|--factor|--floor) return ;;
   esac
   case "$cur" in
-    -*) _orbeln_words '--output --chain --list --sequence --format --first-resid --keep-first --skip-ambiguous
+    -*) _orbeln_words '--output --all --chain --list --sequence --format --first-resid --keep-first --skip-ambiguous
                        --mse-as-met --strict --iso --noproton --offset --noOxiCysCheck --ref --restraints
                        --coordinates --classes --factor --floor --no-report --help --version' ;;
     *) _orbeln_files "$_orbeln_shift_files" ;;

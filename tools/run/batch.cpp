@@ -47,7 +47,7 @@ Compared runJob(const tools::Arguments& arguments, const Job& job, const Surroun
   } else {
     compared.problem = problem;
     progress.endJob("failed");
-    if (!problem.empty()) complain(problem);
+    if (!run.told) complain(problem);
     if (status == kDone) status = kFailed;
   }
   return compared;

@@ -51,7 +51,7 @@ int runOne(const run::Plan& plan, const run::Surroundings& surroundings, bool te
   const std::filesystem::path folder(plan.job.folder);
   if (run::caughtSignal() != 0) return run.status;
   if (!run.published) {
-    if (!run.problem.empty()) fail(run.problem);
+    if (!run.told) fail(run.problem);
     const bool earlier = std::filesystem::exists(folder / run::kManifestName, error);
     std::fprintf(stderr, "orbeln-run: %s%s\n",
                  earlier ? "the earlier results are unchanged in " : "nothing was made",

@@ -116,7 +116,10 @@ class PlanRunner {
     if (status < 0) why += " was ended by signal " + std::to_string(-status);
     if (status > 0) why += " ended with status " + std::to_string(status);
     if (status == 0) why += " wrote no " + missing;
+    if (status == kChoiceNeeded && step.essential)
+      why = "choose with --chain and --list, or take --all of them";
     std::fprintf(stderr, "    %s\n", why.c_str());
+    result_.told = true;
     const std::string first = progress_.batch() && !lines.empty() ? lines.back() : why;
     result_.problem += (result_.problem.empty() ? "" : "; ") + first;
   }
@@ -144,6 +147,7 @@ class PlanRunner {
     result_.published = problem.empty();
     if (result_.published) return;
     result_.problem = problem;
+    result_.told = false;
     result_.status = kFailed;
   }
 

@@ -22,6 +22,7 @@ struct Run {
   int status = kFailed;
   bool published = false;  ///< the results are in the job's folder
   std::string problem;     ///< why not everything was made, in one line
+  bool told = false;       ///< the problem and its messages were already shown
 };
 
 /// Runs the steps of the plan; messages of failed steps go to standard error.
