@@ -112,7 +112,7 @@ TEST_F(RunFiles, LaterRunsReplaceTheirOwnResultsWhenTheNewOnesAreWhole) {
   fs::create_symlink(fs::path(ORBELN_RUN_BINARY).parent_path() / "orbeln-report", dir / "bin/orbeln-report");
   const ProgramRun again = run("query.tab -o d");
   EXPECT_EQ(again.status, 0) << again.err;
-  EXPECT_TRUE(contains(again.out, "Classes: ") && contains(again.out, "Referencing: ") &&
+  EXPECT_TRUE(contains(again.out, "Classes: ") && contains(again.out, "Referencing (CA/CB, HA, C'): ") &&
               contains(again.out, "d/report.html"));
   EXPECT_FALSE(exists("d/restraints.nef")) << "what this run did not make is no result of it";
   EXPECT_EQ(text("d/notes.txt"), "mine");

@@ -1,4 +1,5 @@
 // orbeln-convert: chemical shifts of other formats to the input table.
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 
@@ -13,7 +14,7 @@
 namespace {
 
 constexpr int kBadInput = 1, kChoiceNeeded = 3;
-constexpr std::size_t kChoicesInOneLine = 10;
+constexpr std::size_t kChoicesInOneLine = 10, kLongestLine = 400;
 
 tools::Program program() {
   std::string formats;
@@ -79,15 +80,24 @@ std::string usageProblem(const tools::Arguments& arguments, const convert::Setti
   return "";
 }
 
-/// The long form of "choose one": a table in place of the one line, for files with many chains and lists.
-bool printedChoices(const std::string& input, const std::string& text, const convert::Settings& settings) {
+/// The long form of "choose one": a table in place of one line, where that would be long.
+bool printedChoices(const std::string& input, const std::string& text, const convert::Settings& settings,
+                    const tools::Log& said) {
   std::vector<convert::Option> found;
-  tools::Log log(input == "-" ? "standard input" : input);
-  if (!convert::listOptions(input, text, settings, found, log) || found.size() <= kChoicesInOneLine)
-    return false;
+  tools::Log log(said.file());
+  if (!convert::listOptions(input, text, settings, found, log) || found.empty()) return false;
+  const bool longLine =
+      std::any_of(said.messages().begin(), said.messages().end(),
+                  [](const tools::Message& message) { return message.text.size() > kLongestLine; });
+  if (found.size() <= kChoicesInOneLine && !longLine) return false;
   std::fprintf(stderr, "orbeln-convert: %s: error: %zu choices, take one with --chain and --list:\n%s",
                log.file().c_str(), found.size(), convert::optionsTable(found, "  ").c_str());
   return true;
+}
+
+/// What the table's remarks say in full.
+std::string shortened(const std::string& line) {
+  return line.size() <= kLongestLine ? line : line.substr(0, kLongestLine - 4) + " ...";
 }
 
 int printChoices(const std::string& input, const tools::FileText& text, const convert::Settings& settings) {
@@ -137,7 +147,7 @@ int run(const tools::Arguments& arguments, const convert::Settings& settings) {
   } else {
     convert::convertText(input, text.text, settings, conversion, ambiguous, log);
   }
-  if (!ambiguous || !printedChoices(input, text.text, settings)) printMessages(log);
+  if (!ambiguous || !printedChoices(input, text.text, settings, log)) printMessages(log);
   if (log.failed()) return ambiguous ? kChoiceNeeded : kBadInput;
   if (const std::string problem = convert::writeTable(conversion, log, output); !problem.empty()) {
     std::fprintf(stderr, "orbeln-convert: %s: %s\n", output.c_str(), problem.c_str());
@@ -145,7 +155,7 @@ int run(const tools::Arguments& arguments, const convert::Settings& settings) {
   }
   if (arguments.has("--quiet")) return 0;
   for (const std::string& line : convert::reportLines(conversion)) {
-    std::fprintf(output == "-" ? stderr : stdout, "%s\n", line.c_str());
+    std::fprintf(output == "-" ? stderr : stdout, "%s\n", shortened(line).c_str());
   }
   return 0;
 }

@@ -16,7 +16,8 @@ using report::escapeHtml;
 /// Beside the style sheet of the report.
 constexpr const char* kPictureStyle =
     ".p-l{fill:var(--coil);opacity:.45}.p-x{fill:none;stroke:var(--grid)}.p-seq{opacity:.4}"
-    ".key.p-l{background:var(--coil);opacity:.45}td.problem{white-space:normal;text-align:left}";
+    ".key.p-l{background:var(--coil);opacity:.45}td.wrap{white-space:normal;text-align:left}main{max-width:"
+    "1240px}";
 
 constexpr const char* kLegend =
     "<p class=\"legend\"><span class=\"item\"><span class=\"key ss-h\"></span> helix</span> "
@@ -41,17 +42,17 @@ std::string link(const Compared& run) {
 
 std::string tableRow(const Compared& run) {
   std::string row =
-      "<tr>" + cell(link(run), " class=\"l\"") + cell(escapeHtml(run.job.title), " class=\"l\"");
+      "<tr>" + cell(link(run), " class=\"l\"") + cell(escapeHtml(run.job.title), " class=\"wrap\"");
   if (!run.outcome) {
-    return row + "<td class=\"problem\" colspan=\"13\">failed: " + escapeHtml(run.problem) + "</td></tr>\n";
+    return row + "<td class=\"wrap\" colspan=\"13\">failed: " + escapeHtml(run.problem) + "</td></tr>\n";
   }
   const Outcome& outcome = *run.outcome;
   row += cell(std::to_string(outcome.sequence.size()));
   for (const auto& [name, count] : outcome.classes) row += cell(std::to_string(count));
   row += cell(std::to_string(outcome.inStructure('H'))) + cell(std::to_string(outcome.inStructure('E')));
   row += cell(mean(outcome)) + cell(std::to_string(outcome.outliers.size()));
-  row += cell(escapeHtml(outcome.referencing), " class=\"problem\"");
-  return row + cell(escapeHtml(run.problem), " class=\"problem\"") + "</tr>\n";
+  row += cell(escapeHtml(outcome.referencing), " class=\"wrap\"");
+  return row + cell(escapeHtml(run.problem), " class=\"wrap\"") + "</tr>\n";
 }
 
 std::string pageTable(const std::vector<Compared>& runs) {

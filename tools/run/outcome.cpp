@@ -36,7 +36,7 @@ void readReferencing(const report::CheckResult& check, Outcome& outcome) {
     outcome.referencing += (outcome.referencing.empty() ? "" : "; ") + offsetText(offset);
     outcome.referencingDoubtful = outcome.referencingDoubtful || !offset.applied;
   }
-  if (outcome.referencing.empty()) outcome.referencing = "no offset of CA/CB, HA or C' found";
+  if (outcome.referencing.empty()) outcome.referencing = "no offset found";
 }
 
 }  // namespace
@@ -87,8 +87,8 @@ std::vector<std::string> outcomeLines(const Outcome& outcome) {
   }
   std::vector<std::string> lines = {"Classes: " + classes + " of " + std::to_string(outcome.sequence.size()) +
                                     " residues"};
-  lines.push_back("Referencing: " + outcome.referencing +
-                  (outcome.referencingDoubtful ? "; check it, --offset corrects it" : ""));
+  const char* advice = outcome.referencingDoubtful ? "; check it, --offset corrects it" : "";
+  lines.push_back("Referencing (CA/CB, HA, C'): " + outcome.referencing + advice);
   for (const std::string& note : outcome.notes) lines.push_back("Check: " + note);
   std::string outliers =
       outcome.outliers.empty() ? "no shift" : std::to_string(outcome.outliers.size()) + " shifts";
