@@ -10,6 +10,7 @@
 #include "driver/ORBEL.h"
 #include "driver/angles.h"
 #include "driver/maps.h"
+#include "tables/OutputFile.h"
 #include "tables/text.h"
 
 namespace {
@@ -169,8 +170,8 @@ void ORBEL::runABP_Prediction() {
   runNetworks(*this);
 
   const std::string path = predPrefix + "ABP.tab";
-  const output_text::File file = output_text::open(path);
-  if (file == nullptr) {
+  OutputFile file(path);
+  if (!file.isOpen()) {
     std::cerr << "\tCan't open file write file " << path << " !!!" << std::endl;
     return;
   }
@@ -179,5 +180,5 @@ void ORBEL::runABP_Prediction() {
     std::vector<double> selected = selectDistribution(*this, resid);
     if (selected.size() == kPhiPsiBoxes) finishResidue(*this, resid, std::move(selected), text);
   }
-  output_text::write(file, text);
+  saveText(file, path, text);
 }

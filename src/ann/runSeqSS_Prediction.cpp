@@ -2,9 +2,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
 #include <iostream>
-#include <iterator>
 #include <limits>
 
 #include "ann/SSANN.h"
@@ -12,6 +10,8 @@
 #include "ann/ss_output.h"
 #include "driver/ORBEL.h"
 #include "driver/maps.h"
+#include "tables/OutputFile.h"
+#include "tables/wholeFile.h"
 
 namespace {
 
@@ -54,14 +54,13 @@ std::string letterOf(const Checkpoint& checkpoint, std::size_t row) {
 ResidueVectors readProfiles(ORBEL& orbel, int first) {
   ResidueVectors profiles;
   if (orbel.blastCheckFile.empty()) return profiles;
-  std::ifstream file(orbel.blastCheckFile, std::ios::binary);
-  if (!file) {
+  const FileBytes file = readWholeFile(orbel.blastCheckFile);
+  if (!file.ok) {
     std::cout << "Unable to open file";
     std::exit(255);
   }
   orbel.sequence.clear();
-  const std::string bytes((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
-  Checkpoint checkpoint = decodeCheckpoint(bytes);
+  Checkpoint checkpoint = decodeCheckpoint(file.bytes);
   for (std::size_t k = 0; k < checkpoint.profiles.size(); ++k) {
     const long long number = first + static_cast<long long>(k);
     if (number > std::numeric_limits<int>::max()) break;
@@ -117,10 +116,10 @@ void ORBEL::runSeqSS_Prediction() {
   ssSequencePrediction = std::move(network.level2Outputs);
 
   const std::string path = predPrefix + "SS.tab";
-  const output_text::File file = output_text::open(path);
-  if (file == nullptr) {
+  OutputFile file(path);
+  if (!file.isOpen()) {
     std::cerr << "\tCan't open write file " << path << " !!!" << std::endl;
     return;
   }
-  output_text::write(file, tableText(*this, first));
+  saveText(file, path, tableText(*this, first));
 }

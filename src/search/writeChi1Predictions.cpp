@@ -158,5 +158,5 @@ void ORBEL::writeChi1Predictions() {
       table.setEntry(resid, "CHI1_OBS", finiteCell(observed));
     }
   }
-  table.saveGDB(predPrefix + "Chi1.tab");
+  saveTable(table, predPrefix + "Chi1.tab");
 }

@@ -131,5 +131,5 @@ void ORBEL::writePredAll() {
       addRow(table, *this, ++row, resid, entry, distance[k], weight[k]);
     }
   }
-  table.saveGDB(predAllFile);
+  saveTable(table, predAllFile);
 }

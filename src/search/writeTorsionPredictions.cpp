@@ -75,5 +75,5 @@ void ORBEL::writeTorsionPredictions() {
     }
     addRow(table, *this, resid, classifyResidue(*this, resid, reference));
   }
-  table.saveGDB(predFile);
+  saveTable(table, predFile);
 }

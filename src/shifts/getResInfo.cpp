@@ -132,7 +132,7 @@ void subtractOffsets(ORBEL& run) {
   reportOffset(run, "C", " %6.3f ppm referencing offset applied for 13C' chemical shifts");
 }
 
-void saveAdjustedTable(const ORBEL& run) {
+void saveAdjustedTable(ORBEL& run) {
   GDB table = run.adjustedShiftTable;
   table.entries.clear();
   std::int32_t number = 0;
@@ -146,7 +146,7 @@ void saveAdjustedTable(const ORBEL& run) {
     table.addRemark(remark);
   }
   table.addRemark(ORBEL::versionBanner());
-  table.saveGDB(run.predPrefix + "AdjCS.tab");
+  run.saveTable(table, run.predPrefix + "AdjCS.tab");
 }
 
 }  // namespace

@@ -1,10 +1,8 @@
 // orbeln-run: from a shift file to predictions, report and restraints in one command.
 #include <unistd.h>
 
-#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
 
 #include "run/batch.h"
@@ -15,6 +13,7 @@
 #include "run/programs.h"
 #include "run/result_folder.h"
 #include "run/run_plan.h"
+#include "tables/programFrame.h"
 
 namespace {
 
@@ -82,9 +81,7 @@ int runAll(const tools::Arguments& arguments) {
                     : runOne(plan, surroundings, terminal);
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int runRun(int argc, char** argv) {
   const tools::Program self = run::runProgram();
   const tools::Arguments arguments =
       tools::parseArguments(self, std::vector<std::string>(argv + 1, argv + argc));
@@ -92,13 +89,16 @@ int main(int argc, char** argv) {
   if (const std::string problem = run::usageProblem(arguments); !problem.empty()) {
     return tools::usageError(self, problem);
   }
-  int status = runAll(arguments);
-  if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
-    status = fail(std::string("standard output: ") + std::strerror(errno));
-  }
+  const int status = runAll(arguments);
   if (const int signal = run::caughtSignal(); signal != 0) {
     fail("interrupted; nothing half made was left");
     run::endBySignal(signal);
   }
   return status;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  return runProgramFrame("orbeln-run", [&] { return runRun(argc, argv); });
 }

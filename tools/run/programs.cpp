@@ -5,6 +5,7 @@
 
 #include <filesystem>
 
+#include "common/installation.h"
 #include "tables/text.h"
 
 namespace run {
@@ -66,7 +67,9 @@ Installation findInstallation(const std::string& given, const std::string& folde
 }
 
 std::string describeMaker(const std::string& installation) {
-  return "orbeln-run " ORBELN_VERSION ", tables of " + installation;
+  const std::string identity = tools::installationIdentity(installation);
+  return "orbeln-run " ORBELN_VERSION ", tables of " + installation +
+         (identity.empty() ? "" : " (installation " + identity + ")");
 }
 
 }  // namespace run

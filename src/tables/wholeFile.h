@@ -1,0 +1,13 @@
+// A whole file as bytes.
+#pragma once
+
+#include <string>
+
+struct FileBytes {
+  bool ok = false;
+  std::string bytes;
+  std::string error;  ///< the system's reason when not ok; a directory cannot be read
+};
+
+/// The bytes of `path`; of standard input for "-" when `dashIsStandardInput`.
+FileBytes readWholeFile(const std::string& path, bool dashIsStandardInput = false);
