@@ -3,12 +3,12 @@
 #include <cstdlib>
 #include <cstring>
 #include <iostream>
-#include <limits>
 
 #include "ann/SSANN.h"
 #include "ann/output_text.h"
 #include "ann/ss_output.h"
 #include "driver/ORBEL.h"
+#include "driver/limits.h"
 #include "driver/maps.h"
 #include "tables/OutputFile.h"
 #include "tables/wholeFile.h"
@@ -16,6 +16,10 @@
 namespace {
 
 constexpr std::size_t kAminoAcids = 20;
+constexpr std::size_t kRowBytes = kAminoAcids * sizeof(double);
+/// What the longest chain needs and one row more.
+constexpr std::size_t kLongestCheckpoint =
+    sizeof(std::int32_t) + kLongestChain + (kLongestChain + 1) * kRowBytes;
 constexpr std::string_view kCheckpointOrder = "ARNDCQEGHILKMFPSTWYV";
 constexpr std::string_view kProfileOrder = "ACDEFGHIKLMNPQRSTVWY";
 
@@ -33,7 +37,6 @@ Checkpoint decodeCheckpoint(const std::string& bytes) {
   std::memcpy(&length, bytes.data(), sizeof length);
   checkpoint.letters = bytes.substr(sizeof length, static_cast<std::size_t>(std::max(length, 0)));
 
-  constexpr std::size_t kRowBytes = kAminoAcids * sizeof(double);
   std::size_t position = sizeof length + checkpoint.letters.size();
   for (; position + kRowBytes <= bytes.size(); position += kRowBytes) {
     std::array<double, kAminoAcids> row{};
@@ -54,17 +57,17 @@ std::string letterOf(const Checkpoint& checkpoint, std::size_t row) {
 ResidueVectors readProfiles(ORBEL& orbel, int first) {
   ResidueVectors profiles;
   if (orbel.blastCheckFile.empty()) return profiles;
-  const FileBytes file = readWholeFile(orbel.blastCheckFile);
+  const FileBytes file = readWholeFile(orbel.blastCheckFile, false, kLongestCheckpoint);
   if (!file.ok) {
     std::cout << "Unable to open file";
     std::exit(255);
   }
   orbel.sequence.clear();
   Checkpoint checkpoint = decodeCheckpoint(file.bytes);
+  requireChainLength(std::max(checkpoint.letters.size(), checkpoint.profiles.size()),
+                     "checkpoint " + orbel.blastCheckFile);
   for (std::size_t k = 0; k < checkpoint.profiles.size(); ++k) {
-    const long long number = first + static_cast<long long>(k);
-    if (number > std::numeric_limits<int>::max()) break;
-    const int resid = static_cast<int>(number);
+    const int resid = first + static_cast<int>(k);
     profiles[resid] = std::move(checkpoint.profiles[k]);
     orbel.sequence[resid] = letterOf(checkpoint, k);
   }
@@ -109,6 +112,8 @@ void ORBEL::runSeqSS_Prediction() {
     const GDB table(inputFile);
     sequence = table.residList;
     first = table.firstResid;
+    requireChainLength(sequence.size(), "file " + inputFile);
+    requireResid(first, inputFile);
   }
   SSANN network(314, 70, 3, 59, 15, 3, tabDir, "seqSS15");
   network.setOrder(5);

@@ -116,6 +116,7 @@ void GDB::loadGDB(const std::string& file, RowSink& rows) {
   std::vector<std::string_view> tokens;
   std::string_view line;
   while (reader.next(line)) {
+    while (line.ends_with('\r')) line.remove_suffix(1);  // white space that remarks and formats must not keep
     const std::size_t rowTokens = formatSeen && varCount >= 1 ? static_cast<std::size_t>(varCount) : 0;
     text::split_WhiteSpace(line, tokens, rowTokens + 1);
     if (tokens.empty()) continue;
