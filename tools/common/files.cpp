@@ -8,6 +8,8 @@
 #include <cstring>
 #include <filesystem>
 
+#include "common/text_encoding.h"
+
 namespace tools {
 
 namespace fs = std::filesystem;
@@ -18,11 +20,30 @@ std::string systemError(int code) {
   return std::strerror(code);
 }
 
+// More than any shift list or table of this program; an endless pipe must end as well.
+constexpr std::size_t kLargestFile = std::size_t{256} << 20;
+
 std::string readStream(std::FILE* stream, std::string& text) {
   char buffer[65536];
   std::size_t count = 0;
-  while ((count = std::fread(buffer, 1, sizeof buffer, stream)) > 0) text.append(buffer, count);
+  while ((count = std::fread(buffer, 1, sizeof buffer, stream)) > 0) {
+    if (text.empty()) {
+      std::string complaint = binaryComplaint({buffer, count});
+      if (!complaint.empty()) return complaint;
+    }
+    text.append(buffer, count);
+    if (text.size() > kLargestFile) return "is larger than 256 MB, which no shift list is";
+  }
   return std::ferror(stream) != 0 ? systemError(errno) : std::string();
+}
+
+/// The bytes as they are, of a file that this program wrote itself.
+std::string readBytes(const std::string& path, std::string& bytes) {
+  std::FILE* file = std::fopen(path.c_str(), "rb");
+  if (file == nullptr) return systemError(errno);
+  const std::string problem = readStream(file, bytes);
+  std::fclose(file);
+  return problem;
 }
 
 std::string writeStream(std::FILE* stream, std::string_view text, bool close) {
@@ -54,7 +75,10 @@ FileText readTextFile(const std::string& path) {
   result.error = readStream(file, result.text);
   if (file != stdin) std::fclose(file);
   result.ok = result.error.empty();
-  if (result.text.starts_with("\xEF\xBB\xBF")) result.text.erase(0, 3);
+  if (!result.ok) return result;
+  Decoded decoded = decodeText(std::move(result.text));
+  result.text = std::move(decoded.text);
+  result.encoding = std::move(decoded.changes);
   return result;
 }
 
@@ -69,8 +93,9 @@ std::string moveIntoPlace(const std::string& temporary, const std::string& path)
   const fs::path target = fs::is_symlink(path, error) ? fs::weakly_canonical(path, error) : fs::path(path);
   std::string problem;
   if (fs::exists(target, error) && !fs::is_regular_file(target, error)) {
-    const FileText finished = readTextFile(temporary);
-    problem = finished.ok ? writeDirectly(path, finished.text) : finished.error;
+    std::string finished;
+    problem = readBytes(temporary, finished);
+    if (problem.empty()) problem = writeDirectly(path, finished);
     fs::remove(temporary, error);
     return problem;
   }

@@ -3,6 +3,7 @@
 #include <filesystem>
 
 #include "common/files.h"
+#include "common/text_encoding.h"
 #include "convert/choose.h"
 #include "convert/conversion.h"
 #include "convert/names.h"
@@ -53,7 +54,8 @@ bool readFormat(Format format, std::string_view text, const std::vector<Chain>& 
 }
 
 bool isText(std::string_view text, Log& log) {
-  if (text.starts_with("\x1F\x8B")) return log.error(0, "the file is compressed; run gunzip on it first");
+  if (const std::string complaint = tools::binaryComplaint(text); !complaint.empty())
+    return log.error(0, complaint);
   if (text.find('\0') != std::string_view::npos) return log.error(0, "this is no text file");
   if (std::all_of(text.begin(), text.end(), [](char c) { return c == ' ' || (c >= '\t' && c <= '\r'); })) {
     return log.error(0, "the file is empty");
