@@ -69,7 +69,9 @@ std::string describe(const Message& message) {
   if (!text.empty()) text += ": ";
   if (message.severity == Severity::Warning) text += "warning: ";
   if (message.severity == Severity::Error) text += "error: ";
-  return text + printable(message.text);
+  text += printable(message.text);
+  for (const std::string& line : message.table) text += "\n  " + printable(line);
+  return text;
 }
 
 }  // namespace tools

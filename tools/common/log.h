@@ -15,6 +15,7 @@ struct Message {
   std::string file;
   int line = 0;  ///< from 1; 0 when the message is about the whole file
   std::string text;
+  std::vector<std::string> table = {};  ///< lines printed below the message
 };
 
 /// Collects messages in order. A step that fails leaves an error here and returns false.
@@ -33,6 +34,11 @@ class Log {
     add(Severity::Error, line, std::move(text));
     return false;
   }
+  /// The same with lines below the message, for more than one line can hold.
+  bool error(int line, std::string text, std::vector<std::string> table) {
+    messages_.push_back({Severity::Error, file_, line, std::move(text), std::move(table)});
+    return false;
+  }
 
   const std::vector<Message>& messages() const { return messages_; }
   std::size_t count(Severity severity) const;
@@ -40,7 +46,7 @@ class Log {
 
  private:
   void add(Severity severity, int line, std::string text) {
-    messages_.push_back({severity, file_, line, std::move(text)});
+    messages_.push_back({severity, file_, line, std::move(text), {}});
   }
 
   std::string file_;

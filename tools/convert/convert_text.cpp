@@ -14,23 +14,13 @@ namespace convert {
 
 namespace {
 
-bool readStar(Format format, std::string_view text, Entry& entry, Log& log) {
-  star::Document document;
-  if (!star::parse(text, document, log)) return false;
-  if (format == Format::Nef) return readNef(document, entry, log);
-  if (format == Format::NmrStar2) return readNmrStar2(document, entry, log);
-  if (format == Format::OtherStar)
-    return log.error(0, "the file holds no loop with assigned chemical shifts");
-  return readNmrStar3(document, entry, log);
-}
-
 bool readFormat(Format format, std::string_view text, const std::vector<Chain>& sequence, Entry& entry,
                 Log& log) {
   switch (format) {
     case Format::NmrStar3:
     case Format::NmrStar2:
     case Format::Nef:
-    case Format::OtherStar:
+    case Format::Star:
       return readStar(format, text, entry, log);
     case Format::Xeasy:
       return readXeasy(text, sequence, entry, log);
@@ -45,8 +35,6 @@ bool readFormat(Format format, std::string_view text, const std::vector<Chain>& 
     case Format::Fasta:
     case Format::XeasySequence:
       return log.error(0, "this is a sequence without shifts; give it with --sequence beside a shift list");
-    case Format::MmCif:
-      return log.error(0, "this is an mmCIF file with coordinates, not with chemical shifts");
     case Format::Unknown:
       break;
   }
@@ -130,9 +118,10 @@ void describeResidues(const Chain& chain, const Settings& settings, Conversion& 
 
 bool prepareChain(const Entry& entry, Chain& chain, const std::vector<Chain>& sequence,
                   const Settings& settings, Conversion& conversion, Log& log) {
-  if (!numberResidues(entry, chain, settings, conversion.remarks, log)) return false;
   const bool used = entry.format == "XEASY" && chain.sequenceGiven;  // its .seq came with it
-  if (!sequence.empty() && !used) {
+  const bool applied = !sequence.empty() && !used;
+  if (!numberResidues(entry, chain, settings, applied, conversion.remarks, log)) return false;
+  if (applied) {
     if (!applySequence(entry, chain, sequence, settings, conversion.remarks, log)) return false;
     chain.sequenceGiven = true;
   }

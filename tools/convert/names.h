@@ -8,9 +8,13 @@
 namespace convert {
 
 /// One-letter code of a residue name: three letters in any case, one letter, charged and protonation
-/// variants (ARG+, ASP-, HISE ...), CYSS and the like as 'c', cPRO as 'P'; 'X' for everything else. A
-/// selenomethionine is 'X', or 'M' when `mseAsMet`.
+/// variants (ARG+, ASP-, HISE ...), CYSS and the like as 'c', cPRO as 'P'; 'X' for everything else, modified
+/// residues included. A selenomethionine is 'M' when `mseAsMet`.
 char residueCode(std::string_view name, bool mseAsMet = false);
+
+/// The code of the residue that a modified one was made from ('c' where its sulfur is bound); the same as
+/// residueCode() for all others.
+char parentCode(std::string_view name);
 
 /// One of the 20 amino acids or an oxidized cysteine.
 bool isStandard(char code);
@@ -27,6 +31,12 @@ std::optional<int> wholeInteger(std::string_view text);
 
 /// The number a text consists of entirely; nan and inf are numbers here.
 std::optional<double> wholeNumber(std::string_view text);
+
+/// A word that stands where there is no value: "@", "-", "****", "n/a", "null" and the like.
+bool isPlaceholder(std::string_view text);
+
+/// `number` without an exponent, every digit kept: "1.2345e2" is "123.45". Other texts as they are.
+std::string plainDecimal(std::string_view number);
 
 /// The shift range in ppm outside which a value belongs to no protein backbone atom of that name.
 bool plausibleShift(std::string_view backboneAtom, double ppm);

@@ -22,12 +22,13 @@ enum class Format {
   Table,
   Fasta,
   XeasySequence,
-  MmCif,
-  OtherStar
+  Star  ///< built like STAR; starDialect() tells which kind it is
 };
 
 /// The format that the content looks like.
 Format recognise(std::string_view text);
+/// What a STAR document holds: NmrStar3, NmrStar2 or Nef; Unknown for another kind of STAR.
+Format starDialect(const star::Document& document);
 /// The format of that name on the command line; Unknown when there is none.
 Format formatNamed(std::string_view name);
 /// The names that formatNamed() knows, in the order of the help text.
@@ -35,6 +36,8 @@ const std::vector<std::string>& formatNames();
 
 // Each reader returns false with one error in `log` for a file that cannot be used. Shifts are kept as they
 // are, numbers included; what they are worth is decided later, in one place for all formats.
+/// Any kind of STAR; `format` is the one the user named, or Star.
+bool readStar(Format format, std::string_view text, Entry& entry, Log& log);
 bool readNmrStar3(const star::Document& document, Entry& entry, Log& log);
 bool readNmrStar2(const star::Document& document, Entry& entry, Log& log);
 bool readNef(const star::Document& document, Entry& entry, Log& log);

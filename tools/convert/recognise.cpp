@@ -23,33 +23,6 @@ constexpr std::array<NamedFormat, 8> kFormats = {{{"nmrstar", Format::NmrStar3},
                                                   {"csv", Format::Delimited},
                                                   {"table", Format::Table}}};
 
-bool containsIgnoringCase(std::string_view line, std::string_view wanted) {
-  return text::upper(line).find(text::upper(wanted)) != std::string::npos;
-}
-
-/// STAR files name what they hold in their tags.
-Format starDialect(std::string_view text) {
-  Format found = Format::OtherStar;
-  forEachLine(text, [&](int, std::string_view line) {
-    const std::string_view trimmed = text::trim(line);
-    if (!trimmed.starts_with('_')) return true;
-    if (trimmed.starts_with("_nef_")) found = Format::Nef;
-    if (containsIgnoringCase(trimmed, "_Atom_chem_shift.")) found = Format::NmrStar3;
-    if (containsIgnoringCase(trimmed, "_Chem_shift_value") ||
-        containsIgnoringCase(trimmed, "_Residue_seq_code")) {
-      found = Format::NmrStar2;
-    }
-    if (trimmed.starts_with("_atom_site.")) found = Format::MmCif;
-    return found == Format::OtherStar;
-  });
-  return found;
-}
-
-bool looksLikeStar(std::string_view firstWord) {
-  const std::string word = text::upper(firstWord);
-  return word.starts_with("DATA_") || word.starts_with("SAVE_") || word == "LOOP_";
-}
-
 bool isXeasyRow(const std::vector<std::string_view>& words) {
   return words.size() >= 5 && wholeInteger(words[0]) && wholeNumber(words[1]) && wholeNumber(words[2]) &&
          !wholeNumber(words[3]) && wholeInteger(words[4]);
@@ -103,18 +76,16 @@ const std::vector<std::string>& formatNames() {
 }
 
 Format recognise(std::string_view text) {
+  if (star::looksLikeStar(text)) return Format::Star;
   Format found = Format::Unknown;
-  bool star = false;
   forEachLine(text, [&](int, std::string_view line) {
     const auto words = text::split_WhiteSpace(line);
     if (words.empty()) return true;
-    star = looksLikeStar(words[0]);
-    if (star) return false;
     found = fromFirstLine(line, words);
     if (found == Format::Unknown && words[0][0] != '#' && words[0][0] != '!') found = fromDataLine(words);
     return found == Format::Unknown;
   });
-  return star ? starDialect(text) : found;
+  return found;
 }
 
 }  // namespace convert
