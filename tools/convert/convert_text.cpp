@@ -24,8 +24,8 @@ bool readStar(Format format, std::string_view text, Entry& entry, Log& log) {
   return readNmrStar3(document, entry, log);
 }
 
-bool readFormat(Format format, std::string_view text, const std::vector<Chain>& sequence, Entry& entry,
-                Log& log) {
+bool readFormat(Format format, std::string_view text, const std::vector<Chain>& sequence,
+                const Settings& settings, Entry& entry, Log& log) {
   switch (format) {
     case Format::NmrStar3:
     case Format::NmrStar2:
@@ -37,9 +37,9 @@ bool readFormat(Format format, std::string_view text, const std::vector<Chain>& 
     case Format::Sparky:
       return readSparky(text, entry, log);
     case Format::Shifty:
-      return readShifty(text, entry, log);
+      return readShifty(text, settings.columns, entry, log);
     case Format::Delimited:
-      return readDelimited(text, entry, log);
+      return readDelimited(text, settings.columns, entry, log);
     case Format::Table:
       return readTable(text, entry, log);
     case Format::Fasta:
@@ -140,6 +140,12 @@ bool prepareChain(const Entry& entry, Chain& chain, const std::vector<Chain>& se
   return true;
 }
 
+/// --columns makes every text a table of columns.
+Format formatOf(std::string_view text, const Settings& settings) {
+  if (!settings.format.empty()) return formatNamed(settings.format);
+  return settings.columns.empty() ? recognise(text) : Format::Delimited;
+}
+
 }  // namespace
 
 bool convertText(const std::string& file, std::string_view text, const Settings& given,
@@ -147,11 +153,11 @@ bool convertText(const std::string& file, std::string_view text, const Settings&
   Settings settings = given;
   ambiguous = false;
   if (!isText(text, log)) return false;
-  const Format format = settings.format.empty() ? recognise(text) : formatNamed(settings.format);
+  const Format format = formatOf(text, settings);
   std::vector<Chain> sequence;
   if (!readCompanion(file, format, settings, sequence, log)) return false;
   Entry entry;
-  if (!readFormat(format, text, sequence, entry, log)) return false;
+  if (!readFormat(format, text, sequence, settings, entry, log)) return false;
   if (entry.needsSequence && sequence.empty()) {
     return log.error(0, "a " + entry.format + " carries no sequence; give it with --sequence (FASTA" +
                             (format == Format::Xeasy ? " or .seq)" : ")"));

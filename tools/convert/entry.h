@@ -77,6 +77,7 @@ struct Settings {
   std::string format;        ///< empty: recognise it from the content
   std::string chain, list;   ///< empty: the only one
   std::string sequenceFile;  ///< FASTA or XEASY .seq; empty: none
+  std::string columns;       ///< --columns: "resid=1,atom=3,...", empty: found by headings and content
   std::string firstResid;    ///< number of the first residue; empty: as in the file
   bool mseAsMet = false;
   bool keepFirst = false;

@@ -26,6 +26,11 @@ tools::Program program() {
            {"--list", "-l", "ID", "Convert this shift list (identifier or name)."},
            {"--sequence", "-s", "FILE", "Take the sequence from this FASTA or XEASY .seq file."},
            {"--format", "-f", "NAME", "Read INPUT as one of: " + formats + "."},
+           {"--columns", "", "LIST",
+            "Columns of a table, by heading or position, as in resid=1,resname=2,atom=3,shift=ppm; also "
+            "residue or "
+            "assignment (labels such as M1 or M1CA), chain, list, and N, HN, CA ... where each atom has a "
+            "column."},
            {"--first-resid", "", "N", "Give the first residue of the sequence this number."},
            {"--keep-first", "", "", "Where an atom stands twice with different values, take the first one."},
            {"--skip-ambiguous", "", "", "Leave out assignments with ambiguity code 4, 5, 6 or 9."},
@@ -46,6 +51,7 @@ convert::Settings settingsFrom(const tools::Arguments& arguments) {
   settings.chain = arguments.value("--chain");
   settings.list = arguments.value("--list");
   settings.sequenceFile = arguments.value("--sequence");
+  settings.columns = arguments.value("--columns");
   settings.firstResid = arguments.value("--first-resid");
   settings.mseAsMet = arguments.has("--mse-as-met");
   settings.keepFirst = arguments.has("--keep-first");
