@@ -3,19 +3,21 @@
 #include <filesystem>
 
 #include "common/files.h"
+#include "common/residue_variants.h"
 #include "common/text_encoding.h"
 #include "convert/choose.h"
 #include "convert/conversion.h"
 #include "convert/names.h"
 #include "convert/number_residues.h"
 #include "convert/readers.h"
+#include "tables/text.h"
 
 namespace convert {
 
 namespace {
 
-bool readFormat(Format format, std::string_view text, const std::vector<Chain>& sequence, Entry& entry,
-                Log& log) {
+bool readFormat(Format format, std::string_view text, const std::vector<Chain>& sequence,
+                const Settings& settings, Entry& entry, Log& log) {
   switch (format) {
     case Format::NmrStar3:
     case Format::NmrStar2:
@@ -27,9 +29,9 @@ bool readFormat(Format format, std::string_view text, const std::vector<Chain>& 
     case Format::Sparky:
       return readSparky(text, entry, log);
     case Format::Shifty:
-      return readShifty(text, entry, log);
+      return readShifty(text, settings.columns, entry, log);
     case Format::Delimited:
-      return readDelimited(text, entry, log);
+      return readDelimited(text, settings.columns, entry, log);
     case Format::Table:
       return readTable(text, entry, log);
     case Format::Fasta:
@@ -79,9 +81,10 @@ void describeSource(const std::string& file, const Entry& entry, const Chain& ch
       source += ", shift list " + describeList(known);
   }
   conversion.remarks.push_back(source);
+  const BackboneCounts counts(entry);
   for (const Chain& other : entry.chains) {
     if (other.id == chain.id) continue;
-    const std::size_t shifts = countBackboneShifts(entry, other.id, "");
+    const std::size_t shifts = counts.of(other.id);
     conversion.remarks.push_back("Chain " + describeChain(other) + " is not converted: " +
                                  (!other.protein ? "no protein"
                                   : shifts == 0  ? "it has no shifts"
@@ -90,18 +93,24 @@ void describeSource(const std::string& file, const Entry& entry, const Chain& ch
 }
 
 void describeResidues(const Chain& chain, const Settings& settings, Conversion& conversion, Log& log) {
-  std::string unknown, oxidized;
+  std::string unknown, oxidized, modified;
   int gaps = 0, line = 0;
   for (const Residue& residue : chain.residues) {
-    if (residue.code == 'c') oxidized += ", " + std::to_string(residue.number);
-    if (residue.code != 'X' || residueCode(residue.name, settings.mseAsMet) != 'X') continue;
-    if (residue.name.empty()) {
+    const char code = codeOf(residue, settings);
+    if (code == 'c') oxidized += ", " + std::to_string(residue.number);
+    const tools::ResidueVariant* variant = tools::findResidueVariant(residue.name);
+    const bool known = variant != nullptr && variant->kind == tools::VariantKind::Modified;
+    const std::string shown = std::to_string(residue.number) + " " + residue.name;
+    if (code != 'X') {
+      if (known) modified += ", " + shown + " as " + std::string(tools::plainResidueName(code));
+    } else if (residue.name.empty()) {
       ++gaps;
     } else if (residue.name != "X" || chain.sequenceGiven) {
-      unknown += ", " + std::to_string(residue.number) + " " + residue.name;
+      unknown += ", " + shown + (known ? " (" + std::string(variant->what) + ")" : "");
       if (line == 0) line = residue.line;
     }
   }
+  if (!modified.empty()) conversion.remarks.push_back("Modified residues taken: " + modified.substr(2));
   if (!unknown.empty()) {
     conversion.remarks.push_back("Residues that are none of the 20 amino acids are X: " + unknown.substr(2));
     log.note(line, conversion.remarks.back());
@@ -116,6 +125,29 @@ void describeResidues(const Chain& chain, const Settings& settings, Conversion& 
   if (gaps > 0) log.warn(0, remark);
 }
 
+/// What other programs need to name a residue as the file does (see Conversion::marks).
+void markResidues(const Chain& chain, const Settings& settings, Conversion& conversion) {
+  for (const Residue& residue : chain.residues) {
+    const std::string number = std::to_string(residue.number);
+    if (tools::namesMoreThan(residue.name, codeOf(residue, settings))) {
+      conversion.marks.push_back("NAME " + number + " " + residue.name);
+    }
+    if (!residue.author.empty() && residue.author != number) {
+      conversion.marks.push_back("NUMBER " + number + " " + residue.author);
+    }
+  }
+}
+
+/// Title, chain and list, for the headings of what is made from the table.
+void markSource(const Entry& entry, const Chain& chain, const std::string& list, Conversion& conversion) {
+  if (!entry.title.empty()) conversion.marks.push_back("ENTRY " + text::simplifyWhiteSpace(entry.title));
+  if (chain.idGiven) conversion.marks.push_back("CHAIN " + chain.id);
+  for (const ShiftList& known : entry.lists) {
+    if (known.id != list || (known.name.empty() && entry.lists.size() < 2)) continue;
+    conversion.marks.push_back("LIST " + (known.name.empty() ? known.id : known.name));
+  }
+}
+
 bool prepareChain(const Entry& entry, Chain& chain, const std::vector<Chain>& sequence,
                   const Settings& settings, Conversion& conversion, Log& log) {
   const bool used = entry.format == "XEASY" && chain.sequenceGiven;  // its .seq came with it
@@ -126,7 +158,14 @@ bool prepareChain(const Entry& entry, Chain& chain, const std::vector<Chain>& se
     chain.sequenceGiven = true;
   }
   describeResidues(chain, settings, conversion, log);
+  markResidues(chain, settings, conversion);
   return true;
+}
+
+/// --columns makes every text a table of columns.
+Format formatOf(std::string_view text, const Settings& settings) {
+  if (!settings.format.empty()) return formatNamed(settings.format);
+  return settings.columns.empty() ? recognise(text) : Format::Delimited;
 }
 
 }  // namespace
@@ -136,11 +175,11 @@ bool convertText(const std::string& file, std::string_view text, const Settings&
   Settings settings = given;
   ambiguous = false;
   if (!isText(text, log)) return false;
-  const Format format = settings.format.empty() ? recognise(text) : formatNamed(settings.format);
+  const Format format = formatOf(text, settings);
   std::vector<Chain> sequence;
   if (!readCompanion(file, format, settings, sequence, log)) return false;
   Entry entry;
-  if (!readFormat(format, text, sequence, entry, log)) return false;
+  if (!readFormat(format, text, sequence, settings, entry, log)) return false;
   if (entry.needsSequence && sequence.empty()) {
     return log.error(0, "a " + entry.format + " carries no sequence; give it with --sequence (FASTA" +
                             (format == Format::Xeasy ? " or .seq)" : ")"));
@@ -150,6 +189,7 @@ bool convertText(const std::string& file, std::string_view text, const Settings&
   if (!choice.ok) return false;
   Chain& chain = *entry.findChain(choice.chain);
   describeSource(file, entry, chain, choice.list, conversion);
+  markSource(entry, chain, choice.list, conversion);
   if (!prepareChain(entry, chain, sequence, settings, conversion, log)) return false;
   if (!convertRows(entry, chain, choice.list, settings, conversion, log)) return false;
   addHints(entry, chain, conversion);

@@ -67,7 +67,7 @@ struct Entry {
   std::vector<Shift> shifts;
   std::vector<std::string> facts;  ///< context worth a remark
   std::vector<Labelling> labelling;
-  std::size_t unassigned = 0;  ///< shift rows of no residue of the sequence
+  std::size_t unassigned = 0;                               ///< shift rows of no residue of the sequence
   std::vector<std::pair<std::string, std::size_t>> others;  ///< ligands and the like: name, their shift rows
   bool zeroIsMissing = false;
   bool needsSequence = false;  ///< the format carries no sequence worth the name
@@ -84,6 +84,7 @@ struct Settings {
   std::string format;        ///< empty: recognise it from the content
   std::string chain, list;   ///< empty: the only one
   std::string sequenceFile;  ///< FASTA or XEASY .seq; empty: none
+  std::string columns;       ///< --columns: "resid=1,atom=3,...", empty: found by headings and content
   std::string firstResid;    ///< number of the first residue; empty: as in the file
   bool mseAsMet = false;
   bool modifiedAsParent = false;  ///< take modified residues as the plain ones they were made from

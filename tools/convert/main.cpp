@@ -26,11 +26,19 @@ tools::Program program() {
            {"--list", "-l", "ID", "Convert this shift list (identifier or name)."},
            {"--sequence", "-s", "FILE", "Take the sequence from this FASTA or XEASY .seq file."},
            {"--format", "-f", "NAME", "Read INPUT as one of: " + formats + "."},
+           {"--columns", "", "LIST",
+            "Columns of a table, by heading or position, as in resid=1,resname=2,atom=3,shift=ppm; also "
+            "residue or "
+            "assignment (labels such as M1 or M1CA), chain, list, and N, HN, CA ... where each atom has a "
+            "column."},
            {"--first-resid", "", "N", "Give the first residue of the sequence this number."},
            {"--keep-first", "", "", "Where an atom stands twice with different values, take the first one."},
            {"--skip-ambiguous", "", "", "Leave out assignments with ambiguity code 4, 5, 6 or 9."},
            {"--mse-as-met", "", "", "Take selenomethionine (MSE) as methionine."},
-           {"--strict", "", "", "Treat warnings as errors."},
+           {"--modified-as-parent", "", "",
+            "Take modified residues (MSE, SEP, HYP ...) as the plain ones they were made from, without the "
+            "shifts that the modification changes."},
+           {"--strict", "", "", "Refuse to guess: treat warnings as errors."},
            {"--quiet", "-q", "", "Print warnings and errors only."}},
           "Exit status: 0 converted; 1 the input cannot be converted; 2 wrong usage;\n"
           "3 several chains or shift lists, and none was chosen.\n\n"
@@ -46,10 +54,12 @@ convert::Settings settingsFrom(const tools::Arguments& arguments) {
   settings.chain = arguments.value("--chain");
   settings.list = arguments.value("--list");
   settings.sequenceFile = arguments.value("--sequence");
+  settings.columns = arguments.value("--columns");
   settings.firstResid = arguments.value("--first-resid");
   settings.mseAsMet = arguments.has("--mse-as-met");
   settings.keepFirst = arguments.has("--keep-first");
   settings.skipAmbiguous = arguments.has("--skip-ambiguous");
+  settings.modifiedAsParent = arguments.has("--modified-as-parent");
   settings.strict = arguments.has("--strict");
   return settings;
 }
@@ -95,12 +105,12 @@ int run(const tools::Arguments& arguments, const convert::Settings& settings) {
   printMessages(log);
   if (log.failed()) return ambiguous ? kChoiceNeeded : kBadInput;
   if (const std::string problem = convert::writeTable(conversion, log, output); !problem.empty()) {
-    std::fprintf(stderr, "orbeln-convert: %s: %s\n", output.c_str(), problem.c_str());
+    std::fprintf(stderr, "orbeln-convert: %s: %s\n", tools::printable(output).c_str(), problem.c_str());
     return kBadInput;
   }
   if (arguments.has("--quiet")) return 0;
   for (const std::string& line : convert::reportLines(conversion)) {
-    std::fprintf(output == "-" ? stderr : stdout, "%s\n", line.c_str());
+    std::fprintf(output == "-" ? stderr : stdout, "%s\n", tools::printable(line).c_str());
   }
   return 0;
 }

@@ -88,20 +88,11 @@ std::optional<double> wholeNumber(std::string_view text) {
   return value;
 }
 
-bool isPlaceholder(std::string_view text) {
-  const std::string word = text::upper(text::trim(text));
-  if (word.find_first_not_of("-*@?.x#X_") == std::string::npos) return true;
-  for (const std::string_view known :
-       {"NA", "N/A", "N.A.", "NAN", "NULL", "NONE", "NIL", "ND", "N.D.", "N/D", "MISSING", "UNASSIGNED"}) {
-    if (word == known) return true;
-  }
-  return false;
-}
-
 std::string plainDecimal(std::string_view number) {
   const std::string_view trimmed = text::trim(number);
   const std::size_t mark = trimmed.find_first_of("eE");
-  const auto exponent = mark == std::string_view::npos ? std::nullopt : wholeInteger(trimmed.substr(mark + 1));
+  const auto exponent =
+      mark == std::string_view::npos ? std::nullopt : wholeInteger(trimmed.substr(mark + 1));
   if (!exponent || *exponent < -30 || *exponent > 30) return std::string(trimmed);
   std::string_view mantissa = trimmed.substr(0, mark);
   const bool negative = mantissa.starts_with('-');

@@ -32,9 +32,6 @@ std::optional<int> wholeInteger(std::string_view text);
 /// The number a text consists of entirely; nan and inf are numbers here.
 std::optional<double> wholeNumber(std::string_view text);
 
-/// A word that stands where there is no value: "@", "-", "****", "n/a", "null" and the like.
-bool isPlaceholder(std::string_view text);
-
 /// `number` without an exponent, every digit kept: "1.2345e2" is "123.45". Other texts as they are.
 std::string plainDecimal(std::string_view number);
 

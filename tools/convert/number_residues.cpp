@@ -12,8 +12,8 @@ namespace convert {
 
 namespace {
 
-constexpr int kLongestGap = 100;          // missing residues that are filled with X
-constexpr int kClosedGap = 10;            // what is left of a longer gap: more than any window of the prediction
+constexpr int kLongestGap = 100;  // missing residues that are filled with X
+constexpr int kClosedGap = 10;    // what is left of a longer gap: more than any window of the prediction
 constexpr std::size_t kMostFilled = 2000;  // in one chain
 
 /// Author's numbers that only the shift rows tell.
@@ -131,11 +131,11 @@ void reportNumbering(const Chain& chain, const Numbering& numbering, const Gaps&
                      std::vector<std::string>& remarks, Log& log) {
   const std::string first = std::to_string(chain.residues.front().number);
   if (!numbering.complaint.empty()) {
-    const std::string text =
-        numbering.complaint + "; numbered from " + first + " (REMARK NUMBER lines of the table name the old numbers)" +
-        (gaps.count == 0 ? ""
-                         : "; residues left out are X, " + std::to_string(kClosedGap) + " at most in one place: " +
-                               gaps.named);
+    const std::string text = numbering.complaint + "; numbered from " + first +
+                             " (REMARK NUMBER lines of the table name the old numbers)" +
+                             (gaps.count == 0 ? ""
+                                              : "; residues left out are X, " + std::to_string(kClosedGap) +
+                                                    " at most in one place: " + gaps.named);
     log.warn(numbering.line, text);
     remarks.push_back("Numbered from " + first + ", because " + numbering.complaint);
   } else if (gaps.count > 0) {

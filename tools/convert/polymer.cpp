@@ -62,8 +62,8 @@ void addRow(ChainRows& rows, const Shift& shift) {
   }
   seen.nucleotide = seen.nucleotide || isNucleotideAtom(atom);
   rows.threeLetters = rows.threeLetters || isAminoAcidName(shift.name);
-  rows.nucleotides = rows.nucleotides || isNucleotideName(seen.name) ||
-                     (seen.nucleotide && isNucleotideLetter(seen.name));
+  rows.nucleotides =
+      rows.nucleotides || isNucleotideName(seen.name) || (seen.nucleotide && isNucleotideLetter(seen.name));
 }
 
 bool belongsToProtein(const Seen& seen, const ChainRows& rows) {

@@ -81,11 +81,11 @@ class SequenceReader {
 
   void finish() {
     if (breaks_.count == 0) return;
-    log_.warn(breaks_.line, breaks_.example + ", but the numbers go on" +
-                                (breaks_.count > 1
-                                     ? " (and at " + std::to_string(breaks_.count - 1) + " more places)"
-                                     : "") +
-                                ": the two residues are taken as neighbours");
+    log_.warn(
+        breaks_.line,
+        breaks_.example + ", but the numbers go on" +
+            (breaks_.count > 1 ? " (and at " + std::to_string(breaks_.count - 1) + " more places)" : "") +
+            ": the two residues are taken as neighbours");
   }
 
  private:
@@ -191,8 +191,8 @@ class ShiftReader {
 
   void finish() {
     if (lost_ == 0) return;
-    log_.warn(lostLine_, std::to_string(lost_) + " shifts are of residues that the sequence lacks: " + lostName_ +
-                             (lost_ > 1 ? " and others" : "") + "; they are skipped");
+    log_.warn(lostLine_, std::to_string(lost_) + " shifts are of residues that the sequence lacks: " +
+                             lostName_ + (lost_ > 1 ? " and others" : "") + "; they are skipped");
   }
 
  private:

@@ -76,7 +76,8 @@ std::string chainOfList(const Frame& frame, Entry& entry) {
   const std::string component = frame.text("_Mol_system_component_name");
   for (const Chain& chain : entry.chains) {
     if (component.empty()) break;
-    const bool named = std::find(chain.aliases.begin(), chain.aliases.end(), component) != chain.aliases.end();
+    const bool named =
+        std::find(chain.aliases.begin(), chain.aliases.end(), component) != chain.aliases.end();
     if (named || chain.id == component || chain.description == component || chain.entity == component) {
       return chain.id;
     }
@@ -123,7 +124,8 @@ bool readShiftLoop(const Frame& frame, const Loop& loop, Entry& entry, Log& log)
         "the shift loop lacks one of the columns _Residue_seq_code, _Residue_label and _Atom_name");
   }
   const std::string chain = chainOfList(frame, entry);
-  ShiftList list{std::to_string(entry.lists.size() + 1), frame.name, frame.text("_Sample_conditions_label"), {}};
+  ShiftList list{
+      std::to_string(entry.lists.size() + 1), frame.name, frame.text("_Sample_conditions_label"), {}};
   for (std::size_t row = 0; row < loop.rows(); ++row) {
     const star::Value& number = *loop.at(row, value);
     Shift shift;

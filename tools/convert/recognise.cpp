@@ -1,6 +1,7 @@
 // Recognises a format by its content.
 #include <array>
 
+#include "convert/assignment.h"
 #include "convert/names.h"
 #include "convert/readers.h"
 #include "tables/text.h"
@@ -24,8 +25,9 @@ constexpr std::array<NamedFormat, 8> kFormats = {{{"nmrstar", Format::NmrStar3},
                                                   {"table", Format::Table}}};
 
 bool isXeasyRow(const std::vector<std::string_view>& words) {
-  return words.size() >= 5 && wholeInteger(words[0]) && wholeNumber(words[1]) && wholeNumber(words[2]) &&
-         !wholeNumber(words[3]) && wholeInteger(words[4]);
+  const bool noError = words.size() >= 5 && (words[2] == "." || words[2] == "-" || words[2] == "?");
+  return words.size() >= 5 && wholeInteger(words[0]) && wholeNumber(words[1]) &&
+         (noError || wholeNumber(words[2])) && looksLikeAtom(words[3]) && wholeInteger(words[4]);
 }
 
 bool isXeasySequenceRow(const std::vector<std::string_view>& words) {

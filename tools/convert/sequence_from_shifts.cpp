@@ -10,8 +10,8 @@ namespace convert {
 
 namespace {
 
-constexpr int kLongestChain = 5000;    // more residues than any chain with assigned shifts
-constexpr int kMostUnknown = 20'000;   // residues that stand for gaps, in all chains of a file
+constexpr int kLongestChain = 5000;   // more residues than any chain with assigned shifts
+constexpr int kMostUnknown = 20'000;  // residues that stand for gaps, in all chains of a file
 
 /// A residue number with its insertion code, in the order of the chain.
 using Place = std::pair<int, std::string>;

@@ -125,9 +125,7 @@ class Parser {
     return true;
   }
 
-  std::string unclosedQuote() const {
-    return std::string("no closing ") + token_.text[0] + " on this line";
-  }
+  std::string unclosedQuote() const { return std::string("no closing ") + token_.text[0] + " on this line"; }
 
   bool loop() {
     Loop loop;

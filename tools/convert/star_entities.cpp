@@ -43,7 +43,8 @@ class EntityReader {
         std::any_of(std::begin(kTags), std::end(kTags), [&](const char* tag) { return frame.has(tag); });
     const std::string id = frame.text("_Entity.ID");
     if (described) {
-      describe(descriptionOf(id), [&](const char* tag) { return frame.text(tag); }, frame.line);
+      describe(
+          descriptionOf(id), [&](const char* tag) { return frame.text(tag); }, frame.line);
     }
     for (const Loop& loop : frame.loops) {
       if (loop.column("_Entity.ID") >= 0 && !readEntityLoop(loop)) return false;
@@ -89,8 +90,9 @@ class EntityReader {
     if (!loop.usable(log_)) return false;
     const int id = loop.column("_Entity.ID");
     for (std::size_t row = 0; row < loop.rows(); ++row) {
-      describe(descriptionOf(loop.text(row, id)),
-               [&](const char* tag) { return loop.text(row, loop.column(tag)); }, loop.at(row, id)->line);
+      describe(
+          descriptionOf(loop.text(row, id)),
+          [&](const char* tag) { return loop.text(row, loop.column(tag)); }, loop.at(row, id)->line);
     }
     return true;
   }
@@ -183,7 +185,8 @@ bool readAssembly(const Loop& loop, std::vector<AssemblyMember>& members, Log& l
     AssemblyMember member{loop.text(row, id), loop.text(row, entity), loop.text(row, name), {}};
     if (member.id.empty()) member.id = std::to_string(row + 1);
     for (const int column : {pdb, asym}) {
-      if (const std::string letter = loop.text(row, column); !letter.empty()) member.letters.push_back(letter);
+      if (const std::string letter = loop.text(row, column); !letter.empty())
+        member.letters.push_back(letter);
     }
     members.push_back(std::move(member));
   }

@@ -143,10 +143,10 @@ class BareChains {
     std::unordered_map<std::string, const std::string*> subunit;
     for (const StarRow& row : rows) {
       if (!bare[row.block] || row.letter.empty() || row.assembly.empty()) continue;
-      const auto [it, added] = subunit.emplace(row.shift.list + '\n' + row.letter + '\n' + row.index + '\n' +
-                                                   row.sequence + '\n' + row.shift.name + '\n' +
-                                                   row.shift.atom,
-                                               &row.assembly);
+      const auto [it, added] =
+          subunit.emplace(row.shift.list + '\n' + row.letter + '\n' + row.index + '\n' + row.sequence + '\n' +
+                              row.shift.name + '\n' + row.shift.atom,
+                          &row.assembly);
       if (!added && *it->second != row.assembly) lettersShared_ = true;
     }
   }
@@ -215,8 +215,8 @@ class ResidueKeys {
     for (const auto& [id, agreement] : agreements_) {
       const bool poor = agreement.byIndex * 2 < agreement.rows;
       if (!poor || agreement.bySequence * 10 < agreement.rows * 9) continue;
-      log.warn(agreement.line, "chain " + id +
-                                   ": Comp_index_ID does not fit the sequence, Seq_ID does and is taken");
+      log.warn(agreement.line,
+               "chain " + id + ": Comp_index_ID does not fit the sequence, Seq_ID does and is taken");
       chains.insert(id);
     }
     return chains;
@@ -271,8 +271,8 @@ bool placeRows(std::vector<StarRow>& rows, const std::vector<std::string>& block
   }
   const BareChains bareChains(rows, bare);
   for (StarRow& row : rows) {
-    row.shift.chain = bare[row.block] ? bareChains.chainFor(row, entry)
-                                      : described[owner[row.block]].chainFor(row);
+    row.shift.chain =
+        bare[row.block] ? bareChains.chainFor(row, entry) : described[owner[row.block]].chainFor(row);
   }
   for (DescribedChains& chains : described) chains.addTheRest();
   ResidueKeys keys(entry);

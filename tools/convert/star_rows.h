@@ -12,7 +12,7 @@ namespace convert {
 
 /// One row before it is known which chain and residue it is about.
 struct StarRow {
-  Shift shift;           ///< without chain and residue key
+  Shift shift;  ///< without chain and residue key
   std::size_t block = 0;
   std::string assembly;  ///< Entity_assembly_ID
   std::string entity;    ///< Entity_ID

@@ -7,18 +7,17 @@
 #include "common/files.h"
 #include "convert/conversion.h"
 #include "tables/GDB.h"
+#include "tables/text.h"
 
 namespace convert {
 
 namespace {
 
-constexpr int kLeastDecimals = 3, kMostDecimals = 6;
+constexpr int kLeastDecimals = 3, kMostDecimals = 15;
 
 /// One line without control characters.
-std::string oneLine(const std::string& text) {
-  std::string result;
-  for (const char c : text) result += static_cast<unsigned char>(c) < ' ' ? ' ' : c;
-  return result;
+std::string oneLine(std::string_view text) {
+  return tools::printable(text::simplifyWhiteSpace(text));
 }
 
 /// Digits after the point that the values need.
@@ -26,7 +25,7 @@ int decimals(const std::vector<TableRow>& rows) {
   int most = kLeastDecimals;
   for (const TableRow& row : rows) {
     const std::size_t point = row.text.find('.');
-    if (point == std::string::npos || row.text.find_first_of("eE") != std::string::npos) continue;
+    if (point == std::string::npos) continue;
     const std::size_t last = row.text.find_last_not_of("0 ");
     if (last > point) most = std::max(most, static_cast<int>(last - point));
   }
@@ -45,6 +44,7 @@ std::vector<std::string> sequenceLines(const std::string& sequence) {
 
 void fillTable(const Conversion& conversion, const Log& log, GDB& table) {
   for (const std::string& line : reportLines(conversion)) table.addRemark(oneLine(line));
+  for (const std::string& mark : conversion.marks) table.addRemark(oneLine(mark));
   for (const tools::Message& message : log.messages()) {
     if (message.severity == tools::Severity::Warning)
       table.addRemark(oneLine("Warning: " + tools::describe(message)));
