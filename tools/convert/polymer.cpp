@@ -45,6 +45,7 @@ struct Seen {
 /// What the rows of a chain say about its residues.
 struct ChainRows {
   std::unordered_map<std::string, Seen> residues;  // by key and name
+  std::unordered_set<int> aminoAcids;              // numbers of residues with the name of one
   bool threeLetters = false;                       // amino acids are called by three letters
   bool nucleotides = false;
 };
@@ -61,12 +62,15 @@ void addRow(ChainRows& rows, const Shift& shift) {
     if (atom == backbone && atom != seen.name) seen.backbone.insert(atom);
   }
   seen.nucleotide = seen.nucleotide || isNucleotideAtom(atom);
-  rows.threeLetters = rows.threeLetters || isAminoAcidName(shift.name);
+  if (isAminoAcidName(shift.name)) {
+    rows.threeLetters = true;
+    if (const auto number = wholeInteger(shift.residue)) rows.aminoAcids.insert(*number);
+  }
   rows.nucleotides =
       rows.nucleotides || isNucleotideName(seen.name) || (seen.nucleotide && isNucleotideLetter(seen.name));
 }
 
-bool belongsToProtein(const Seen& seen, const ChainRows& rows) {
+bool belongsToProtein(const std::string& residue, const Seen& seen, const ChainRows& rows) {
   constexpr std::size_t kLeastBackbone = 2;  // one equal name may be chance, as CA of calcium
   if (seen.name.empty()) return !seen.nucleotide;
   if (isAminoAcidName(seen.name)) return true;
@@ -75,8 +79,11 @@ bool belongsToProtein(const Seen& seen, const ChainRows& rows) {
     const bool nucleotide = isNucleotideLetter(seen.name) && (rows.threeLetters || rows.nucleotides);
     return !nucleotide && residueCode(seen.name) != 'X';
   }
-  // An amino acid that no table knows has the backbone all amino acids have.
-  return seen.backbone.size() >= kLeastBackbone;
+  // An amino acid that no table knows has the backbone all amino acids have, or stands between two others.
+  if (seen.backbone.size() >= kLeastBackbone) return true;
+  const auto number = wholeInteger(residue);
+  return number && rows.aminoAcids.count(*number - 1) > 0 && rows.aminoAcids.count(*number + 1) > 0 &&
+         rows.aminoAcids.count(*number) == 0;
 }
 
 }  // namespace
@@ -109,7 +116,8 @@ void leaveOutOtherMolecules(Entry& entry) {
   kept.reserve(entry.shifts.size());
   for (Shift& shift : entry.shifts) {
     const auto it = chains.find(shift.chain);
-    if (it != chains.end() && !belongsToProtein(it->second.residues.at(residueKey(shift)), it->second)) {
+    if (it != chains.end() &&
+        !belongsToProtein(shift.residue, it->second.residues.at(residueKey(shift)), it->second)) {
       entry.leaveOut(shift.name);
       continue;
     }

@@ -187,6 +187,7 @@ void dropCounters(std::vector<StarRow>& rows, Log& log) {
 
 /// How many rows of a chain agree with its sequence, by either column.
 struct Agreement {
+  bool indexGiven = false;
   std::size_t byIndex = 0, bySequence = 0, rows = 0;
   int line = 0;
 };
@@ -205,6 +206,7 @@ class ResidueKeys {
     if (codes.empty() || row.shift.name.empty()) return;
     Agreement& agreement = agreements_[row.shift.chain];
     if (agreement.rows++ == 0) agreement.line = row.shift.line;
+    agreement.indexGiven = agreement.indexGiven || !row.index.empty();
     agreement.byIndex += agrees(codes, row.index, row.shift.name) ? 1 : 0;
     agreement.bySequence += agrees(codes, row.sequence, row.shift.name) ? 1 : 0;
   }
@@ -213,7 +215,7 @@ class ResidueKeys {
   std::set<std::string> bySequence(Log& log) const {
     std::set<std::string> chains;
     for (const auto& [id, agreement] : agreements_) {
-      const bool poor = agreement.byIndex * 2 < agreement.rows;
+      const bool poor = agreement.indexGiven && agreement.byIndex * 2 < agreement.rows;
       if (!poor || agreement.bySequence * 10 < agreement.rows * 9) continue;
       log.warn(agreement.line,
                "chain " + id + ": Comp_index_ID does not fit the sequence, Seq_ID does and is taken");
