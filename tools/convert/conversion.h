@@ -33,6 +33,9 @@ struct Conversion {
   void skip(const std::string& reason, std::size_t rows = 1);
 };
 
+/// Sequence and first residue number of a chain whose residues are numbered.
+void setSequence(const Chain& chain, const Settings& settings, Conversion& conversion);
+
 /// Converts one chain and one list. The residues must be numbered. False with an error in `log` for shifts
 /// that are no numbers, residues outside the sequence, contradicting duplicates and swapped columns.
 bool convertRows(const Entry& entry, const Chain& chain, const std::string& list, const Settings& settings,

@@ -262,13 +262,17 @@ void Conversion::skip(const std::string& reason, std::size_t count) {
   skipped.emplace_back(reason, count);
 }
 
-bool convertRows(const Entry& entry, const Chain& chain, const std::string& list, const Settings& settings,
-                 Conversion& conversion, Log& log) {
+void setSequence(const Chain& chain, const Settings& settings, Conversion& conversion) {
   conversion.firstResid = chain.residues.front().number;
   for (const Residue& residue : chain.residues) {
     const char code = residue.code == 'X' ? residueCode(residue.name, settings.mseAsMet) : residue.code;
     conversion.sequence += code;
   }
+}
+
+bool convertRows(const Entry& entry, const Chain& chain, const std::string& list, const Settings& settings,
+                 Conversion& conversion, Log& log) {
+  setSequence(chain, settings, conversion);
   if (entry.unassigned > 0) conversion.skip("of unassigned resonances", entry.unassigned);
   return RowConverter(entry, chain, settings, conversion, log).run(list);
 }
