@@ -56,6 +56,8 @@ bool cutAtNumber(std::string_view word, std::string_view& before, std::string_vi
 
 /// What stands behind the number, with or without a separator: a residue name, an atom, a chain.
 bool takeBehind(std::string_view text, Assignment& assignment) {
+  // M1-CA joins with a dash, 43-1 is the residue before 43.
+  if (text.size() > 1 && text[0] == '-' && isLetter(text[1])) text.remove_prefix(1);
   if (text.empty()) return true;
   if (assignment.name.empty() && text.size() >= 3 && residueCode(text) != 'X') {
     assignment.name = text;

@@ -188,8 +188,11 @@ bool splitCells(std::string_view text, Cells& cells, tools::Log& log) {
     const bool comment = isComment(record.text);
     if (comment && begun) continue;
     begun = begun || !comment;
-    if (comment)
-      record.text.remove_prefix(std::min(record.text.find_first_not_of("#%!/ \t"), record.text.size()));
+    if (comment) {
+      // "#<TAB>Shift" keeps its first cell: the heading of a row number is # there.
+      const char* marks = cells.separator == '\t' ? "#%!/ " : "#%!/ \t";
+      record.text.remove_prefix(std::min(record.text.find_first_not_of(marks), record.text.size()));
+    }
     CellRow row{record.line, comment, splitRecord(record.text, cells.separator)};
     // | 1 | MET | has no cell before the first bar and behind the last one.
     if (cells.separator == '|' && !row.cells.empty() && row.cells.front().empty())

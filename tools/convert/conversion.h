@@ -37,6 +37,9 @@ struct Conversion {
 /// The code of a residue in the table: modified residues are X unless the settings take them.
 char codeOf(const Residue& residue, const Settings& settings);
 
+/// Sequence and first residue number of a chain whose residues are numbered.
+void setSequence(const Chain& chain, const Settings& settings, Conversion& conversion);
+
 /// Converts one chain and one list. The residues must be numbered. False with an error in `log` for shifts
 /// that are no numbers, residues outside the sequence, contradicting duplicates and swapped columns.
 bool convertRows(const Entry& entry, const Chain& chain, const std::string& list, const Settings& settings,

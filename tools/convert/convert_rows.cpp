@@ -297,12 +297,16 @@ void Conversion::skip(const std::string& reason, std::size_t count) {
   skipped.emplace_back(reason, count);
 }
 
-bool convertRows(const Entry& entry, const Chain& chain, const std::string& list, const Settings& settings,
-                 Conversion& conversion, Log& log) {
+void setSequence(const Chain& chain, const Settings& settings, Conversion& conversion) {
   conversion.firstResid = chain.residues.front().number;
   for (const Residue& residue : chain.residues) {
     conversion.sequence += codeOf(residue, settings);
   }
+}
+
+bool convertRows(const Entry& entry, const Chain& chain, const std::string& list, const Settings& settings,
+                 Conversion& conversion, Log& log) {
+  setSequence(chain, settings, conversion);
   if (!entry.others.empty()) {
     std::string names;
     std::size_t total = 0;

@@ -10,11 +10,25 @@
 #include "convert/names.h"
 #include "convert/number_residues.h"
 #include "convert/readers.h"
+#include "convert/sense.h"
 #include "tables/text.h"
 
 namespace convert {
 
 namespace {
+
+/// A sequence without shifts is input as well: the secondary structure can be predicted from it alone. The
+/// program wants a row in its table, so one says that a shift is missing.
+bool readSequenceAlone(std::string_view text, Entry& entry, Log& log) {
+  if (!readSequence(text, entry.chains, log)) return false;
+  entry.format = "sequence without shifts";
+  entry.lists.push_back({"1", "", ""});
+  log.warn(0,
+           "the file holds a sequence and no shifts: the table tells orbeln the sequence alone; shifts with "
+           "it are "
+           "--sequence");
+  return true;
+}
 
 bool readFormat(Format format, std::string_view text, const std::vector<Chain>& sequence,
                 const Settings& settings, Entry& entry, Log& log) {
@@ -28,6 +42,13 @@ bool readFormat(Format format, std::string_view text, const std::vector<Chain>& 
       return readXeasy(text, sequence, entry, log);
     case Format::Sparky:
       return readSparky(text, entry, log);
+    case Format::Pipp:
+      return readPipp(text, entry, log);
+    case Format::PeakList:
+      return log.error(
+          0,
+          "this is a peak list; export the shifts of the assigned resonances instead (a resonance list "
+          "in Sparky or POKY, the ppm table in NMRView, a .prot file in CYANA)");
     case Format::Shifty:
       return readShifty(text, settings.columns, entry, log);
     case Format::Delimited:
@@ -36,7 +57,7 @@ bool readFormat(Format format, std::string_view text, const std::vector<Chain>& 
       return readTable(text, entry, log);
     case Format::Fasta:
     case Format::XeasySequence:
-      return log.error(0, "this is a sequence without shifts; give it with --sequence beside a shift list");
+      return readSequenceAlone(text, entry, log);
     case Format::Unknown:
       break;
   }
@@ -162,6 +183,53 @@ bool prepareChain(const Entry& entry, Chain& chain, const std::vector<Chain>& se
   return true;
 }
 
+/// A STAR or NEF file of restraints or of the molecules only.
+bool hasSequenceAlone(const Entry& entry) {
+  return entry.lists.empty() && entry.shifts.empty() &&
+         std::any_of(entry.chains.begin(), entry.chains.end(),
+                     [](const Chain& chain) { return chain.protein && !chain.residues.empty(); });
+}
+
+/// The table of a sequence alone: one row that says that its shift is missing.
+bool convertSequenceAlone(const std::string& file, Entry& entry, const Settings& settings,
+                          Conversion& conversion, bool& ambiguous, Log& log) {
+  const auto wanted = [&](const Chain& chain) {
+    const bool named =
+        settings.chain.empty() || chain.id == settings.chain ||
+        std::find(chain.aliases.begin(), chain.aliases.end(), settings.chain) != chain.aliases.end();
+    return named && chain.protein && !chain.residues.empty();
+  };
+  const auto matching =
+      static_cast<std::size_t>(std::count_if(entry.chains.begin(), entry.chains.end(), wanted));
+  if (matching != 1) {
+    std::string names;
+    for (const Chain& chain : entry.chains) names += (names.empty() ? "" : "; ") + describeChain(chain);
+    ambiguous = matching > 1;
+    return log.error(0, ambiguous ? "several sequences, choose one with --chain: " + names
+                                  : "there is no chain '" + settings.chain + "'; the file has " + names);
+  }
+  Chain& chain = *std::find_if(entry.chains.begin(), entry.chains.end(), wanted);
+  describeSource(file, entry, chain, "1", conversion);
+  markSource(entry, chain, "", conversion);
+  if (!prepareChain(entry, chain, {}, settings, conversion, log)) return false;
+  entry.unassigned = 0;
+  setSequence(chain, settings, conversion);
+  const std::size_t known = conversion.sequence.find_first_not_of('X');
+  if (known == std::string::npos) return log.error(0, "the sequence has none of the 20 amino acids");
+  const int resid = conversion.firstResid + static_cast<int>(known);
+  conversion.rows.push_back({resid, conversion.sequence[known], "CA", 9999.0, "9999.000", 0});
+  return true;
+}
+
+/// A warning ends the conversion of those who want no guess.
+bool acceptWarnings(const Settings& settings, Log& log) {
+  if (!settings.strict || log.count(tools::Severity::Warning) == 0) return true;
+  const auto first = std::find_if(log.messages().begin(), log.messages().end(), [](const tools::Message& m) {
+    return m.severity == tools::Severity::Warning;
+  });
+  return log.error(first->line, first->text + " (--strict)");
+}
+
 /// --columns makes every text a table of columns.
 Format formatOf(std::string_view text, const Settings& settings) {
   if (!settings.format.empty()) return formatNamed(settings.format);
@@ -184,6 +252,13 @@ bool convertText(const std::string& file, std::string_view text, const Settings&
     return log.error(0, "a " + entry.format + " carries no sequence; give it with --sequence (FASTA" +
                             (format == Format::Xeasy ? " or .seq)" : ")"));
   }
+  if (hasSequenceAlone(entry)) {
+    log.warn(0, "the file holds a sequence and no shifts: the table tells orbeln the sequence alone");
+  }
+  if (format == Format::Fasta || format == Format::XeasySequence || hasSequenceAlone(entry)) {
+    return convertSequenceAlone(file, entry, settings, conversion, ambiguous, log) &&
+           acceptWarnings(settings, log);
+  }
   const Choice choice = choose(entry, settings, log);
   ambiguous = choice.ambiguous;
   if (!choice.ok) return false;
@@ -191,13 +266,15 @@ bool convertText(const std::string& file, std::string_view text, const Settings&
   describeSource(file, entry, chain, choice.list, conversion);
   markSource(entry, chain, choice.list, conversion);
   if (!prepareChain(entry, chain, sequence, settings, conversion, log)) return false;
+  if (settings.listOffset != 0) {
+    if (!moveList(entry, chain, settings.listOffset, log)) return false;
+    conversion.remarks.push_back("The shifts are moved by " + std::to_string(settings.listOffset) +
+                                 " residues against the sequence, as asked for");
+  }
+  if (!checkSense(entry, chain, choice.list, log)) return false;
   if (!convertRows(entry, chain, choice.list, settings, conversion, log)) return false;
   addHints(entry, chain, conversion);
-  if (!settings.strict || log.count(tools::Severity::Warning) == 0) return true;
-  const auto first = std::find_if(log.messages().begin(), log.messages().end(), [](const tools::Message& m) {
-    return m.severity == tools::Severity::Warning;
-  });
-  return log.error(first->line, first->text + " (--strict)");
+  return acceptWarnings(settings, log);
 }
 
 }  // namespace convert

@@ -86,6 +86,7 @@ struct Settings {
   std::string sequenceFile;  ///< FASTA or XEASY .seq; empty: none
   std::string columns;       ///< --columns: "resid=1,atom=3,...", empty: found by headings and content
   std::string firstResid;    ///< number of the first residue; empty: as in the file
+  int listOffset = 0;        ///< residues that the shifts are moved by against the sequence
   bool mseAsMet = false;
   bool modifiedAsParent = false;  ///< take modified residues as the plain ones they were made from
   bool keepFirst = false;

@@ -32,6 +32,7 @@ tools::Program program() {
             "assignment (labels such as M1 or M1CA), chain, list, and N, HN, CA ... where each atom has a "
             "column."},
            {"--first-resid", "", "N", "Give the first residue of the sequence this number."},
+           {"--list-offset", "", "N", "Move the shifts by N residues against the sequence."},
            {"--keep-first", "", "", "Where an atom stands twice with different values, take the first one."},
            {"--skip-ambiguous", "", "", "Leave out assignments with ambiguity code 4, 5, 6 or 9."},
            {"--mse-as-met", "", "", "Take selenomethionine (MSE) as methionine."},
@@ -56,6 +57,7 @@ convert::Settings settingsFrom(const tools::Arguments& arguments) {
   settings.sequenceFile = arguments.value("--sequence");
   settings.columns = arguments.value("--columns");
   settings.firstResid = arguments.value("--first-resid");
+  settings.listOffset = convert::wholeInteger(arguments.value("--list-offset")).value_or(0);
   settings.mseAsMet = arguments.has("--mse-as-met");
   settings.keepFirst = arguments.has("--keep-first");
   settings.skipAmbiguous = arguments.has("--skip-ambiguous");
@@ -77,6 +79,10 @@ std::string usageProblem(const tools::Arguments& arguments, const convert::Setti
   }
   if (!settings.firstResid.empty() && !convert::wholeInteger(settings.firstResid)) {
     return "--first-resid '" + settings.firstResid + "' is no integer";
+  }
+  if (const std::string offset = arguments.value("--list-offset");
+      !offset.empty() && !convert::wholeInteger(offset)) {
+    return "--list-offset '" + offset + "' is no integer";
   }
   return "";
 }

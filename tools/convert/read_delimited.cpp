@@ -88,8 +88,11 @@ class DelimitedReader {
       if (!assigned) return true;
       number = assignment.number;
       if (shift.name.empty()) shift.name = assignment.name;
+      // T7.C is chain C where the atom stands in a column of its own.
+      const bool atomElsewhere = !shift.atom.empty() || !columns_.atoms.empty();
+      if (atomElsewhere && assignment.chain.empty()) assignment.chain = assignment.atom;
       if (shift.chain.empty()) shift.chain = assignment.chain;
-      if (shift.atom.empty()) shift.atom = assignment.atom;
+      if (!atomElsewhere) shift.atom = assignment.atom;
     }
     // 43-1 is the residue before 43, which the program that wrote it does not know; @12 is none at all.
     const std::size_t sign = number.find_first_of("+-", 1);

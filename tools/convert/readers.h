@@ -17,6 +17,8 @@ enum class Format {
   Nef,
   Xeasy,
   Sparky,
+  Pipp,
+  PeakList,
   Shifty,
   Delimited,
   Table,
@@ -44,6 +46,7 @@ bool readNef(const star::Document& document, Entry& entry, Log& log);
 /// `sequence`: residues of a .seq or FASTA file, empty when there is none.
 bool readXeasy(std::string_view text, const std::vector<Chain>& sequence, Entry& entry, Log& log);
 bool readSparky(std::string_view text, Entry& entry, Log& log);
+bool readPipp(std::string_view text, Entry& entry, Log& log);
 /// `given`: the columns as --columns names them, empty to find them by headings and content.
 bool readShifty(std::string_view text, const std::string& given, Entry& entry, Log& log);
 bool readDelimited(std::string_view text, const std::string& given, Entry& entry, Log& log);

@@ -15,12 +15,13 @@ struct NamedFormat {
   Format format;
 };
 
-constexpr std::array<NamedFormat, 8> kFormats = {{{"nmrstar", Format::NmrStar3},
+constexpr std::array<NamedFormat, 9> kFormats = {{{"nmrstar", Format::NmrStar3},
                                                   {"nmrstar2", Format::NmrStar2},
                                                   {"nef", Format::Nef},
                                                   {"xeasy", Format::Xeasy},
                                                   {"sparky", Format::Sparky},
                                                   {"shifty", Format::Shifty},
+                                                  {"pipp", Format::Pipp},
                                                   {"csv", Format::Delimited},
                                                   {"table", Format::Table}}};
 
@@ -35,10 +36,21 @@ bool isXeasySequenceRow(const std::vector<std::string_view>& words) {
          words[0].size() <= 5 && residueCode(words[0]) != 'X';
 }
 
+/// One-letter codes alone, in words of any length: a sequence without the header of FASTA.
+bool isLetterRow(const std::vector<std::string_view>& words) {
+  std::size_t letters = 0;
+  for (const std::string_view word : words) {
+    if (word.find_first_not_of("ACDEFGHIKLMNPQRSTVWYXacdefghiklmnpqrstvwyx*") != std::string_view::npos)
+      return false;
+    letters += word.size();
+  }
+  return letters >= 10 && (words.size() == 1 || words[0].size() >= 5);
+}
+
 /// "T7 CA 13C 61.9 ...": nucleus in the third column.
 bool isSparkyRow(const std::vector<std::string_view>& words) {
   if (words.size() < 4 || !wholeNumber(words[3])) return false;
-  return words[2] == "1H" || words[2] == "13C" || words[2] == "15N";
+  return words[2] == "1H" || words[2] == "13C" || words[2] == "15N" || words[2] == "2H" || words[2] == "31P";
 }
 
 Format fromFirstLine(std::string_view line, const std::vector<std::string_view>& words) {
@@ -48,7 +60,14 @@ Format fromFirstLine(std::string_view line, const std::vector<std::string_view>&
     return Format::Shifty;
   }
   if (line.starts_with('>')) return Format::Fasta;
-  if (first == "GROUP" && words.size() >= 4) return Format::Sparky;
+  if (first == "GROUP" && words.size() >= 4 && text::upper(words[1]) == "ATOM") return Format::Sparky;
+  if (first == "SHIFT_FL_FRMT" || first == "RES_ID") return Format::Pipp;
+  // Sparky's peak lists begin with Assignment w1 w2, NMRView's with the names of their columns.
+  const bool frequencies =
+      words.size() >= 3 && text::upper(words[1]) == "W1" && text::upper(words[2]) == "W2";
+  const bool view = first == "LABEL" && words.size() >= 3 && text::upper(words[1]) == "DATASET";
+  if ((first == "ASSIGNMENT" && frequencies) || view || line.starts_with("# Number of dimensions"))
+    return Format::PeakList;
   return Format::Unknown;
 }
 
@@ -56,6 +75,7 @@ Format fromDataLine(const std::vector<std::string_view>& words) {
   if (isXeasyRow(words)) return Format::Xeasy;
   if (isSparkyRow(words)) return Format::Sparky;
   if (isXeasySequenceRow(words)) return Format::XeasySequence;
+  if (isLetterRow(words)) return Format::Fasta;
   return Format::Delimited;
 }
 

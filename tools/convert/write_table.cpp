@@ -97,11 +97,14 @@ std::string writeTable(const Conversion& conversion, const Log& log, const std::
 std::vector<std::string> reportLines(const Conversion& conversion) {
   std::vector<std::string> lines = conversion.remarks;
   std::string taken, renamed;
+  std::size_t total = 0;
   for (const char* atom : {"N", "HN", "HA", "HA2", "HA3", "C", "CA", "CB"}) {
     const auto it = conversion.taken.find(atom);
-    if (it != conversion.taken.end()) taken += std::string(", ") + atom + " " + std::to_string(it->second);
+    if (it == conversion.taken.end()) continue;
+    total += it->second;
+    taken += std::string(", ") + atom + " " + std::to_string(it->second);
   }
-  lines.push_back("Taken: " + std::to_string(conversion.rows.size()) + " shifts" +
+  lines.push_back("Taken: " + (total == 0 ? "no" : std::to_string(total)) + " shifts" +
                   (taken.empty() ? "" : " (" + taken.substr(2) + ")") + " of " +
                   std::to_string(conversion.sequence.size()) + " residues, first residue " +
                   std::to_string(conversion.firstResid));
