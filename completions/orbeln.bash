@@ -38,7 +38,7 @@ _orbeln_convert() {
   esac
   case "$cur" in
     -*) _orbeln_words '--output --chain --list --sequence --format --first-resid --keep-first
-                       --skip-ambiguous --mse-as-met --strict --quiet --help --version' ;;
+                       --skip-ambiguous --mse-as-met --modified-as-parent --strict --quiet --help --version' ;;
     *) _orbeln_files "$_orbeln_shift_files" ;;
   esac
 }

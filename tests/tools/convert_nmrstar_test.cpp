@@ -145,10 +145,10 @@ TEST(ConvertNmrStar, BareShiftLoopWithUnknownColumns) {
 
 // 101 102 103 104 105 with some of them changed: what becomes of the sequence, and whose number is whose.
 TEST(ConvertNmrStar, GapsAreFilledAndNumbersThatCannotBeKeptAreMapped) {
-  const auto numbered = [](const char* ala, const char* leu, const char* lys) {
-    return replaced(
-        replaced(replaced(kEntry, "1 102", std::string("1 ") + ala), "1 104", std::string("1 ") + leu),
-        "1 105", std::string("1 ") + lys);
+  const auto numbered = [](const std::string& ala, const std::string& leu, const std::string& lys) {
+    const std::string text =
+        replaced(replaced(kEntry, " 102\n", " " + ala + "\n"), " 104\n", " " + leu + "\n");
+    return replaced(text, " 105\n", " " + lys + "\n");
   };
   const std::string ten(10, 'X');
   const struct {
@@ -257,9 +257,11 @@ TEST(ConvertNmrStar, ChainsAndListsAreChosenWhenItMatters) {
   // Subunits that are numbered in the rows and listed nowhere.
   const std::string numbered = replaced(replaced(kEntry, "9 1 5 LYS", "9 2 5 LYS"), "shift.ID ",
                                         "shift.ID _Atom_chem_shift.Entity_ID ");
-  std::string unlisted = numbered;
-  for (int id = 1; id <= 9; ++id)
-    unlisted = replaced(unlisted, "\n" + std::to_string(id) + " ", "\n" + std::to_string(id) + "0 1 ");
+  std::string unlisted = replaced(numbered, "\n9 2 5", "\n9 1 2 5");
+  for (char id = '1'; id <= '8'; ++id) {
+    const std::string row = std::string("\n") + id + " 1 ";
+    unlisted = replaced(unlisted, row, row + "1 ");
+  }
   EXPECT_EQ(convertString(unlisted, with(&convert::Settings::chain, "2")).rows(),
             (std::vector<std::string>{"105 K C 176.512"}))
       << convertString(unlisted).report();

@@ -126,7 +126,7 @@ void leaveOutOtherMolecules(Entry& entry) {
   }
   entry.shifts = std::move(kept);
   for (Chain& chain : entry.chains) {
-    if (chains.count(chain.id) > 0) chain.protein = proteins.count(chain.id) > 0;
+    if (chains.count(chain.id) > 0) chain.protein = chain.protein && proteins.count(chain.id) > 0;
   }
 }
 

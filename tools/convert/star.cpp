@@ -1,8 +1,9 @@
 // The STAR syntax shared by NMR-STAR and NEF: save frames, tags and loops, every value with its line.
 #include "convert/star.h"
 
+#include <algorithm>
 #include <cctype>
-#include <map>
+#include <iterator>
 
 #include "convert/star_tokens.h"
 
@@ -14,26 +15,58 @@ std::string category(const std::string& tag) {
   return tag.substr(0, tag.find('.'));
 }
 
-/// Values of each line; most loops are written one row a line.
-std::map<int, std::size_t> valuesPerLine(const Loop& loop) {
-  std::map<int, std::size_t> perLine;
-  for (const Value& value : loop.values) ++perLine[value.line];
-  return perLine;
+/// Loops whose rows some reader asks for. All others, such as restraints and peaks by the ten thousand, are
+/// checked and counted only. Tags without a category are those of version 2.1.
+bool isRead(const std::string& tag) {
+  constexpr std::string_view kCategories[] = {
+      "_Entity",          "_Entity_poly_seq",    "_Entity_comp_index",
+      "_Entity_assembly", "_Atom_chem_shift",    "_Assigned_peak_chem_shift",
+      "_Chem_shift_ref",  "_Sample_component",   "_Sample_condition_variable",
+      "_nef_sequence",    "_nef_chemical_shift", "_nef_covalent_links"};
+  if (tag.find('.') == std::string::npos) return true;
+  const std::string name = category(tag);
+  return std::any_of(std::begin(kCategories), std::end(kCategories),
+                     [&](std::string_view known) { return equalsIgnoringCase(known, name); });
 }
 
-/// The first line whose number of values is no whole number of rows is where to look.
-Fault incompleteRow(const Loop& loop) {
-  Fault fault{loop.line, "the loop " + category(loop.tags[0]) + " (line " + std::to_string(loop.line) +
-                             ") has " + std::to_string(loop.tags.size()) + " columns, but its " +
-                             std::to_string(loop.values.size()) + " values are no whole number of rows"};
-  for (const auto& [line, count] : valuesPerLine(loop)) {
-    if (count % loop.tags.size() == 0) continue;
-    fault.line = line;
-    fault.text += "; line " + std::to_string(line) + " has " + std::to_string(count);
-    break;
+/// Counts the values of a loop. Most loops are written one row a line: the first line whose number of values
+/// is no whole number of rows is where to look for a slip.
+class RowCounter {
+ public:
+  explicit RowCounter(std::size_t columns) : columns_(columns) {}
+
+  void add(int line) {
+    if (line != line_) endLine();
+    line_ = line;
+    ++onLine_;
+    ++values_;
   }
-  return fault;
-}
+
+  /// The fault of a loop with a number of values that is no whole number of rows.
+  Fault fault(const Loop& loop) {
+    endLine();
+    if (values_ % columns_ == 0) return {};
+    Fault fault{loop.line, "the loop " + category(loop.tags[0]) + " (line " + std::to_string(loop.line) +
+                               ") has " + std::to_string(columns_) + " columns, but its " +
+                               std::to_string(values_) + " values are no whole number of rows"};
+    if (oddLine_ == 0) return fault;
+    fault.line = oddLine_;
+    fault.text += "; line " + std::to_string(oddLine_) + " has " + std::to_string(oddCount_);
+    return fault;
+  }
+
+ private:
+  void endLine() {
+    if (oddLine_ == 0 && onLine_ % columns_ != 0) {
+      oddLine_ = line_;
+      oddCount_ = onLine_;
+    }
+    onLine_ = 0;
+  }
+
+  std::size_t columns_, values_ = 0, onLine_ = 0, oddCount_ = 0;
+  int line_ = 0, oddLine_ = 0;
+};
 
 class Parser {
  public:
@@ -131,18 +164,19 @@ class Parser {
     Loop loop;
     loop.line = token_.line;
     for (advance(); token_.kind == TokenKind::Tag; advance()) loop.tags.push_back(std::move(token_.text));
-    for (; token_.kind == TokenKind::Value; advance()) {
-      if (token_.unclosed && loop.fault.text.empty()) loop.fault = {token_.line, unclosedQuote()};
-      loop.values.push_back({std::move(token_.text), token_.line, token_.quoted});
-    }
-    if (token_.kind == TokenKind::Broken) return false;
     if (loop.tags.empty()) {
       slip(loop.line, "a loop without any tag");
-      return true;
+      return token_.kind != TokenKind::Broken;
     }
-    if (loop.values.size() % loop.tags.size() != 0 && loop.fault.text.empty()) {
-      loop.fault = incompleteRow(loop);
+    const bool kept = isRead(loop.tags[0]);
+    RowCounter counter(loop.tags.size());
+    for (; token_.kind == TokenKind::Value; advance()) {
+      if (token_.unclosed && loop.fault.text.empty()) loop.fault = {token_.line, unclosedQuote()};
+      counter.add(token_.line);
+      if (kept) loop.values.push_back({std::move(token_.text), token_.line, token_.quoted});
     }
+    if (token_.kind == TokenKind::Broken) return false;
+    if (loop.fault.text.empty()) loop.fault = counter.fault(loop);
     stopped_ = token_.kind == TokenKind::Stop;
     if (stopped_) advance();
     frame().loops.push_back(std::move(loop));

@@ -32,7 +32,8 @@ struct Fault {
   std::string text;  ///< empty: nothing
 };
 
-/// A table: values row by row, a whole number of rows unless `fault` says otherwise.
+/// A table: values row by row, a whole number of rows unless `fault` says otherwise. Of categories that no
+/// reader asks for the values are not kept.
 struct Loop {
   std::vector<std::string> tags;
   std::vector<Value> values;
