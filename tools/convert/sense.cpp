@@ -99,7 +99,7 @@ class SenseCheck {
   bool run() {
     if (!checkUnits() || !checkKinds() || !checkTypes()) return false;
     checkProtons();
-    checkCarbons();
+    if (!checkCarbons()) return false;
     checkPlace();
     return true;
   }
@@ -232,7 +232,7 @@ class SenseCheck {
                                 rounded(medianOf(alpha), 2) + " ppm); exchange their names in the file");
   }
 
-  void checkCarbons() {
+  bool checkCarbons() {
     std::size_t both = 0;
     std::vector<std::string> exchanged;
     for (const auto& [index, observed] : observed_) {
@@ -251,16 +251,18 @@ class SenseCheck {
       if (wrong) exchanged.push_back(std::string(1, code) + std::to_string(chain_.residues[index].number));
       if (wrong && line_ == 0) line_ = observed.line;
     }
-    if (exchanged.empty()) return;
-    const bool most = both >= 3 && exchanged.size() * 2 >= both;
+    if (exchanged.empty()) return true;
     std::string names;
     for (std::size_t i = 0; i < std::min<std::size_t>(exchanged.size(), 5); ++i)
       names += (i == 0 ? "" : ", ") + exchanged[i];
     if (exchanged.size() > 5) names += " ...";
-    log_.warn(line_, "CA and CB look exchanged in " + std::to_string(exchanged.size()) + " of " +
-                         std::to_string(both) + " residues (" + names + "); " +
-                         (most ? "exchange their names in the file, or the columns with --columns"
-                               : "correct them in the file if they are"));
+    const std::string text = "CA and CB look exchanged in " + std::to_string(exchanged.size()) + " of " +
+                             std::to_string(both) + " residues (" + names + "); ";
+    if (both >= kFewest && exchanged.size() * 2 >= both) {
+      return log_.error(line_, text + "exchange their names in the file, or the columns with --columns");
+    }
+    log_.warn(line_, text + "correct them in the file if they are");
+    return true;
   }
 
   /// Log likelihood of the values, up to a constant, on a sequence moved by `offset`; each value counts 8 at
