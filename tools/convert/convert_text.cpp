@@ -225,8 +225,10 @@ bool convertText(const std::string& file, std::string_view text, const Settings&
   Entry entry;
   if (!readFormat(format, text, sequence, settings, entry, log)) return false;
   if (entry.needsSequence && sequence.empty()) {
-    return log.error(0, "a " + entry.format + " carries no sequence; give it with --sequence (FASTA" +
-                            (format == Format::Xeasy ? " or .seq)" : ")"));
+    return log.error(
+        0, "the file (" + entry.format +
+               ") does not tell the types of its residues; give the sequence with --sequence (FASTA or "
+               ".seq)");
   }
   if (format == Format::Fasta || format == Format::XeasySequence) {
     return convertSequenceAlone(file, entry, settings, conversion, ambiguous, log) &&

@@ -13,7 +13,7 @@ namespace convert {
 
 namespace {
 
-constexpr int kLeastDecimals = 3, kMostDecimals = 12;
+constexpr int kLeastDecimals = 3, kMostDecimals = 14;
 
 /// One line without control characters.
 std::string oneLine(const std::string& text) {
