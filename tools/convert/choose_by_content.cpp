@@ -130,7 +130,7 @@ class ContentChooser {
   double atomScore(std::size_t c) const {
     const ColumnFacts& facts = facts_[c];
     const int fit = headingFit(kAtom, plain_[c]);
-    if (!facts.mostly(facts.atoms) || facts.longNames * 2 > facts.filled) return kNoColumn;
+    if (!facts.mostly(facts.atoms, fit == 2) || facts.longNames * 2 > facts.filled) return kNoColumn;
     const bool elements = std::all_of(facts.distinct.begin(), facts.distinct.end(),
                                       [](const std::string& text) { return text.size() == 1; });
     // A heading of one atom above a column of the letters C, H and N holds residue types.
@@ -141,16 +141,20 @@ class ContentChooser {
   double nameScore(std::size_t c) const {
     const ColumnFacts& facts = facts_[c];
     const int fit = headingFit(kName, plain_[c]);
-    const bool longNames = facts.mostly(facts.longNames);
-    if (!longNames && !facts.mostly(facts.names)) return kNoColumn;
-    if (!longNames && fit == 0 && facts.distinct.size() < 4) return kNoColumn;
+    const bool longNames = facts.mostly(facts.longNames, fit == 2);
+    if (!longNames && !facts.mostly(facts.names, fit == 2)) return kNoColumn;
+    const bool elements =
+        std::all_of(facts.distinct.begin(), facts.distinct.end(), [](const std::string& text) {
+          return text.size() == 1 && std::string_view("CHNOPS").find(text[0]) != std::string_view::npos;
+        });
+    if (elements && fit == 0) return kNoColumn;
     return 1.0 + 2.0 * fit + (longNames ? 2.0 : 0.0) + 0.1 * static_cast<double>(distinct(c));
   }
 
   double numberScore(std::size_t c, bool wide) const {
     const ColumnFacts& facts = facts_[c];
     const int fit = headingFit(kNumber, plain_[c]);
-    if (!facts.mostly(facts.codes) || facts.integers * 5 < facts.filled) return kNoColumn;
+    if (!facts.mostly(facts.codes, fit == 2) || facts.integers * 5 < facts.filled) return kNoColumn;
     if (fit == 0 && isNeverShift(plain_[c])) return kNoColumn;
     std::map<std::string, std::map<std::string, std::size_t>> names;
     std::set<std::string> keys, numbers;

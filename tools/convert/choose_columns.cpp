@@ -125,8 +125,12 @@ bool findGivenHeader(const Cells& cells, const std::vector<GivenColumn>& given, 
     columns = underHeader(cells, r);
     return true;
   }
-  if (!names.empty())
-    return log.error(0, "--columns: no header line has the heading '" + names.front() + "'");
+  for (const std::string& name : names) {
+    const bool known = std::any_of(cells.rows.begin(), cells.rows.end(),
+                                   [&](const CellRow& row) { return findColumn(row.cells, name) >= 0; });
+    if (!known) return log.error(0, "--columns: no header line has the heading '" + name + "'");
+  }
+  if (!names.empty()) return log.error(0, "--columns: no line has all of the headings");
   const auto header = std::find_if(cells.rows.begin(), cells.rows.end(), looksLikeHeader);
   columns =
       header != cells.rows.end() && header - cells.rows.begin() < static_cast<std::ptrdiff_t>(kHeaderRows)

@@ -72,7 +72,7 @@ void lookAt(const std::string& cell, bool dashJoins, ColumnFacts& facts) {
   facts.atoms += looksLikeAtom(cell) ? 1 : 0;
   Assignment assignment;
   const bool plain = wholeNumber(cell).has_value();
-  if (!plain && !looksLikeAtom(cell) && parseAssignment(cell, dashJoins, assignment)) {
+  if (!plain && parseAssignment(cell, dashJoins, assignment)) {
     ++facts.labels;
     facts.labelAtoms += assignment.atom.empty() ? 0 : 1;
   }

@@ -41,7 +41,11 @@ struct ColumnFacts {
   std::size_t names = 0, longNames = 0, atoms = 0, labels = 0, labelAtoms = 0;
   std::vector<std::string> distinct;  ///< the first ones
 
-  bool mostly(std::size_t count) const { return filled > 0 && count * 10 >= filled * 8; }
+  /// Nearly all of the cells; under a heading that says so half of them, the others are reported as they are
+  /// read.
+  bool mostly(std::size_t count, bool headed = false) const {
+    return filled > 0 && count * 10 >= filled * (headed ? 5 : 8);
+  }
 };
 
 std::vector<ColumnFacts> columnFacts(const Cells& cells, Columns& columns);

@@ -165,7 +165,7 @@ class RowConverter {
       implausible_.add(shift.line, label(residue, shift.atom) + " " + shift.text);
     ++values_;
     byResidue_[residue.number].push_back(
-        {{residue.number, code, atom, value, plainDecimal(shift.text), shift.line}, shift.atom});
+        {{residue.number, code, atom, value, shift.text, shift.line}, shift.atom});
     return true;
   }
 

@@ -42,6 +42,8 @@ bool readFormat(Format format, std::string_view text, const std::vector<Chain>& 
       return readXeasy(text, sequence, entry, log);
     case Format::Sparky:
       return readSparky(text, entry, log);
+    case Format::Lacs:
+      return readLacs(text, entry, log);
     case Format::Pipp:
       return readPipp(text, entry, log);
     case Format::PeakList:
@@ -63,6 +65,8 @@ bool readFormat(Format format, std::string_view text, const std::vector<Chain>& 
   }
   return log.error(0, "the format is not recognised; --format names it if it is a known one");
 }
+
+constexpr std::size_t kLongestList = std::size_t{32} << 20;  // bytes; no protein has so many shifts
 
 bool isText(std::string_view text, Log& log) {
   if (const std::string complaint = tools::binaryComplaint(text); !complaint.empty())
@@ -244,13 +248,20 @@ bool convertText(const std::string& file, std::string_view text, const Settings&
   ambiguous = false;
   if (!isText(text, log)) return false;
   const Format format = formatOf(text, settings);
+  const bool star = format == Format::NmrStar3 || format == Format::NmrStar2 || format == Format::Nef;
+  if (!star && text.size() > kLongestList) {
+    return log.error(0,
+                     "the file has " + std::to_string(text.size() >> 20) + " MB, which no shift list needs");
+  }
   std::vector<Chain> sequence;
   if (!readCompanion(file, format, settings, sequence, log)) return false;
   Entry entry;
   if (!readFormat(format, text, sequence, settings, entry, log)) return false;
   if (entry.needsSequence && sequence.empty()) {
-    return log.error(0, "a " + entry.format + " carries no sequence; give it with --sequence (FASTA" +
-                            (format == Format::Xeasy ? " or .seq)" : ")"));
+    return log.error(
+        0, "the file (" + entry.format +
+               ") does not tell the types of its residues; give the sequence with --sequence (FASTA or "
+               ".seq)");
   }
   if (hasSequenceAlone(entry)) {
     log.warn(0, "the file holds a sequence and no shifts: the table tells orbeln the sequence alone");

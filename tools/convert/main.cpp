@@ -16,7 +16,8 @@ tools::Program program() {
   for (const std::string& name : convert::formatNames()) formats += (formats.empty() ? "" : ", ") + name;
   return {"orbeln-convert",
           "INPUT -o TABLE [OPTIONS]",
-          "Converts assigned chemical shifts (NMR-STAR 3 and 2.1, NEF, XEASY, Sparky/POKY, SHIFTY, CSV/TSV) "
+          "Converts assigned chemical shifts (NMR-STAR 3 and 2.1, NEF, XEASY, Sparky/POKY, SHIFTY, PIPP, "
+          "CSV/TSV) "
           "to the "
           "input table of orbeln. The format is recognised by the content. INPUT and TABLE may be '-' for "
           "standard "

@@ -88,34 +88,6 @@ std::optional<double> wholeNumber(std::string_view text) {
   return value;
 }
 
-std::string plainDecimal(std::string_view number) {
-  const std::string_view trimmed = text::trim(number);
-  const std::size_t mark = trimmed.find_first_of("eE");
-  const auto exponent =
-      mark == std::string_view::npos ? std::nullopt : wholeInteger(trimmed.substr(mark + 1));
-  if (!exponent || *exponent < -30 || *exponent > 30) return std::string(trimmed);
-  std::string_view mantissa = trimmed.substr(0, mark);
-  const bool negative = mantissa.starts_with('-');
-  if (negative || mantissa.starts_with('+')) mantissa.remove_prefix(1);
-  const std::size_t point = std::min(mantissa.find('.'), mantissa.size());
-  std::string digits(mantissa.substr(0, point));
-  if (point < mantissa.size()) digits += mantissa.substr(point + 1);
-  if (digits.empty() || digits.find_first_not_of("0123456789") != std::string::npos) {
-    return std::string(trimmed);
-  }
-  int before = static_cast<int>(point) + *exponent;  // digits before the point
-  if (before <= 0) {
-    digits.insert(0, static_cast<std::size_t>(1 - before), '0');
-    before = 1;
-  }
-  const auto whole = static_cast<std::size_t>(before);
-  if (digits.size() < whole) digits.append(whole - digits.size(), '0');
-  if (digits.size() > whole) digits.insert(whole, 1, '.');
-  const std::size_t first = std::min(digits.find_first_not_of('0'), digits.size() - 1);
-  digits.erase(0, digits[first] == '.' ? first - 1 : first);
-  return (negative ? "-" : "") + digits;
-}
-
 bool plausibleShift(std::string_view atom, double ppm) {
   const std::string_view kind = atom.starts_with("HA") ? std::string_view("HA") : atom;
   for (const ShiftRange& range : kRanges) {

@@ -32,9 +32,6 @@ std::optional<int> wholeInteger(std::string_view text);
 /// The number a text consists of entirely; nan and inf are numbers here.
 std::optional<double> wholeNumber(std::string_view text);
 
-/// `number` without an exponent, every digit kept: "1.2345e2" is "123.45". Other texts as they are.
-std::string plainDecimal(std::string_view number);
-
 /// The shift range in ppm outside which a value belongs to no protein backbone atom of that name.
 bool plausibleShift(std::string_view backboneAtom, double ppm);
 

@@ -18,6 +18,7 @@ enum class Format {
   Xeasy,
   Sparky,
   Pipp,
+  Lacs,
   PeakList,
   Shifty,
   Delimited,
@@ -46,6 +47,9 @@ bool readNef(const star::Document& document, Entry& entry, Log& log);
 /// `sequence`: residues of a .seq or FASTA file, empty when there is none.
 bool readXeasy(std::string_view text, const std::vector<Chain>& sequence, Entry& entry, Log& log);
 bool readSparky(std::string_view text, Entry& entry, Log& log);
+bool readLacs(std::string_view text, Entry& entry, Log& log);
+/// Nine numbers, the second one the place of a residue type in the alphabet.
+bool isLacsRow(const std::vector<std::string_view>& words);
 bool readPipp(std::string_view text, Entry& entry, Log& log);
 /// `given`: the columns as --columns names them, empty to find them by headings and content.
 bool readShifty(std::string_view text, const std::string& given, Entry& entry, Log& log);

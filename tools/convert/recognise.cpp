@@ -15,15 +15,16 @@ struct NamedFormat {
   Format format;
 };
 
-constexpr std::array<NamedFormat, 9> kFormats = {{{"nmrstar", Format::NmrStar3},
-                                                  {"nmrstar2", Format::NmrStar2},
-                                                  {"nef", Format::Nef},
-                                                  {"xeasy", Format::Xeasy},
-                                                  {"sparky", Format::Sparky},
-                                                  {"shifty", Format::Shifty},
-                                                  {"pipp", Format::Pipp},
-                                                  {"csv", Format::Delimited},
-                                                  {"table", Format::Table}}};
+constexpr std::array<NamedFormat, 10> kFormats = {{{"nmrstar", Format::NmrStar3},
+                                                   {"nmrstar2", Format::NmrStar2},
+                                                   {"nef", Format::Nef},
+                                                   {"xeasy", Format::Xeasy},
+                                                   {"sparky", Format::Sparky},
+                                                   {"shifty", Format::Shifty},
+                                                   {"pipp", Format::Pipp},
+                                                   {"lacs", Format::Lacs},
+                                                   {"csv", Format::Delimited},
+                                                   {"table", Format::Table}}};
 
 bool isXeasyRow(const std::vector<std::string_view>& words) {
   const bool noError = words.size() >= 5 && (words[2] == "." || words[2] == "-" || words[2] == "?");
@@ -75,6 +76,7 @@ Format fromDataLine(const std::vector<std::string_view>& words) {
   if (isXeasyRow(words)) return Format::Xeasy;
   if (isSparkyRow(words)) return Format::Sparky;
   if (isXeasySequenceRow(words)) return Format::XeasySequence;
+  if (isLacsRow(words)) return Format::Lacs;
   if (isLetterRow(words)) return Format::Fasta;
   return Format::Delimited;
 }

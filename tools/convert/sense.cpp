@@ -18,6 +18,7 @@ namespace {
 constexpr int kFurthest = 5;        // residues that a list is moved by in trial
 constexpr std::size_t kFewest = 5;  // values or residues below which nothing is said
 constexpr double kMissing = 999.0;
+constexpr double kWorstFit = -2.2;  // log likelihood a value; lists in their right place have about -1.5
 
 struct AtomKind {
   const char* name;
@@ -98,7 +99,7 @@ class SenseCheck {
   bool run() {
     if (!checkUnits() || !checkKinds() || !checkTypes()) return false;
     checkProtons();
-    checkCarbons();
+    if (!checkCarbons()) return false;
     checkPlace();
     return true;
   }
@@ -231,42 +232,44 @@ class SenseCheck {
                                 rounded(medianOf(alpha), 2) + " ppm); exchange their names in the file");
   }
 
-  void checkCarbons() {
+  bool checkCarbons() {
     std::size_t both = 0;
     std::vector<std::string> exchanged;
     for (const auto& [index, observed] : observed_) {
       const char code = chain_.residues[index].code;
       const TypicalShift* typical = typicalOf(code);
       const auto ca = observed.values.find("CA"), cb = observed.values.find("CB");
-      if (typical == nullptr || typical->cb == 0.0 || ca == observed.values.end() ||
-          cb == observed.values.end())
-        continue;
+      // Serine and threonine have CB above CA by a few ppm: they prove nothing.
+      if (typical == nullptr || typical->cb == 0.0 || code == 'S' || code == 'T') continue;
+      if (ca == observed.values.end() || cb == observed.values.end()) continue;
       const auto cost = [&](double alpha, double beta) {
         return std::abs(alpha - typical->ca) / typical->caSpread +
                std::abs(beta - typical->cb) / typical->cbSpread;
       };
       ++both;
-      // Serine and threonine have CB above CA by less than two spreads: they prove nothing.
       const bool wrong = cost(ca->second, cb->second) > 10.0 && cost(cb->second, ca->second) < 5.0;
       if (wrong) exchanged.push_back(std::string(1, code) + std::to_string(chain_.residues[index].number));
       if (wrong && line_ == 0) line_ = observed.line;
     }
-    if (exchanged.empty()) return;
-    const bool most = both >= 3 && exchanged.size() * 2 >= both;
+    if (exchanged.empty()) return true;
     std::string names;
     for (std::size_t i = 0; i < std::min<std::size_t>(exchanged.size(), 5); ++i)
       names += (i == 0 ? "" : ", ") + exchanged[i];
     if (exchanged.size() > 5) names += " ...";
-    log_.warn(line_, "CA and CB look exchanged in " + std::to_string(exchanged.size()) + " of " +
-                         std::to_string(both) + " residues (" + names + "); " +
-                         (most ? "exchange their names in the file, or the columns with --columns"
-                               : "correct them in the file if they are"));
+    const std::string text = "CA and CB look exchanged in " + std::to_string(exchanged.size()) + " of " +
+                             std::to_string(both) + " residues (" + names + "); ";
+    if (both >= kFewest && exchanged.size() * 2 >= both) {
+      return log_.error(line_, text + "exchange their names in the file, or the columns with --columns");
+    }
+    log_.warn(line_, text + "correct them in the file if they are");
+    return true;
   }
 
   /// Log likelihood of the values, up to a constant, on a sequence moved by `offset`; each value counts 8 at
   /// most.
-  double likelihood(int offset) const {
+  double likelihood(int offset, std::size_t& values) const {
     double sum = 0.0;
+    values = 0;
     for (const auto& [index, observed] : observed_) {
       const char code = codeAt(static_cast<std::ptrdiff_t>(index) + offset);
       const TypicalShift* typical = typicalOf(code);
@@ -274,6 +277,7 @@ class SenseCheck {
       const auto term = [&](const char* atom, double mean, double spread) {
         const auto it = observed.values.find(atom);
         if (it == observed.values.end()) return;
+        ++values;
         const double wide = spread * 1.3, z = wide > 0.0 ? (it->second - mean) / wide : 4.0;
         sum -= typical == nullptr ? 1.2 : std::min(0.5 * z * z + std::log(std::max(wide, 1.0)), 8.0);
       };
@@ -291,16 +295,19 @@ class SenseCheck {
       informative += observed.values.count("CB") + observed.values.count("CA") > 0 ? 1 : 0;
     }
     if (informative < 8) return;
-    const double here = likelihood(0);
+    std::size_t values = 0;
+    const double here = likelihood(0, values);
     double best = here;
     int offset = 0;
     for (int k = -kFurthest; k <= kFurthest; ++k) {
-      const double there = likelihood(k);
+      const double there = likelihood(k, values);
       if (there <= best) continue;
       best = there;
       offset = k;
     }
     if (best - here < std::max(15.0, 0.4 * static_cast<double>(informative))) return;
+    // A list that fits nowhere is another protein, or unusual; the least bad place tells nothing.
+    if (best < kWorstFit * static_cast<double>(values)) return;
     log_.warn(observed_.begin()->second.line,
               "the values fit the sequence better when the list is moved by " + signedNumber(offset) +
                   " (log likelihood " + signedNumber(static_cast<int>(best - here)) + " over " +

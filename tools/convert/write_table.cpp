@@ -6,6 +6,7 @@
 
 #include "common/files.h"
 #include "convert/conversion.h"
+#include "convert/names.h"
 #include "tables/GDB.h"
 #include "tables/text.h"
 
@@ -13,22 +14,27 @@ namespace convert {
 
 namespace {
 
-constexpr int kLeastDecimals = 3, kMostDecimals = 15;
+constexpr int kLeastDecimals = 3, kMostDecimals = 14;
 
 /// One line without control characters.
 std::string oneLine(std::string_view text) {
   return tools::printable(text::simplifyWhiteSpace(text));
 }
 
-/// Digits after the point that the values need.
+/// Digits after the point that a value needs, written as 54.45 or as 5.445e+01.
+int decimalsOf(const std::string& text) {
+  const std::size_t end = std::min(text.find_first_of("eE"), text.size());
+  const std::size_t point = std::min(text.find('.'), end);
+  const std::size_t last = text.find_last_not_of("0. ", end == 0 ? 0 : end - 1);
+  const int digits =
+      point < end && last != std::string::npos && last > point ? static_cast<int>(last - point) : 0;
+  const int exponent = end < text.size() ? wholeInteger(text.substr(end + 1)).value_or(0) : 0;
+  return digits - exponent;
+}
+
 int decimals(const std::vector<TableRow>& rows) {
   int most = kLeastDecimals;
-  for (const TableRow& row : rows) {
-    const std::size_t point = row.text.find('.');
-    if (point == std::string::npos) continue;
-    const std::size_t last = row.text.find_last_not_of("0 ");
-    if (last > point) most = std::max(most, static_cast<int>(last - point));
-  }
+  for (const TableRow& row : rows) most = std::max(most, decimalsOf(row.text));
   return std::min(most, kMostDecimals);
 }
 
