@@ -7,10 +7,17 @@ namespace convert::star {
 
 namespace {
 
-bool opensStar(std::string_view word) {
+/// A line that begins with a tag has the tag's value behind it: more tags, or tags joined by commas, are the
+/// header of a table whose columns are called so.
+bool isTagLine(std::string_view word, std::string_view rest) {
+  return word.size() > 1 && word[0] == '_' && word.find_first_of(",;|\"") == std::string_view::npos &&
+         !text::trim(rest).starts_with('_');
+}
+
+bool opensStar(std::string_view word, std::string_view rest) {
   const std::string raised = text::upper(word);
   return raised.starts_with("DATA_") || raised.starts_with("SAVE_") || raised == "LOOP_" ||
-         raised == "GLOBAL_" || (raised.size() > 1 && raised[0] == '_');
+         raised == "GLOBAL_" || isTagLine(word, rest);
 }
 
 }  // namespace
@@ -26,7 +33,7 @@ bool looksLikeStar(std::string_view text) {
     // Prose or rows in front: only a loop with tags below it makes STAR of them.
     const bool loopHere = equalsIgnoringCase(word, "loop_");
     const bool tagHere = loopHere && text::trim(trimmed.substr(word.size())).starts_with('_');
-    found = first ? opensStar(word) : tagHere || (loop && word[0] == '_');
+    found = first ? opensStar(word, trimmed.substr(word.size())) : tagHere || (loop && word[0] == '_');
     first = false;
     loop = loopHere;
     return !found;
