@@ -158,6 +158,9 @@ TEST(ConvertColumns, TheChoiceIsSaid) {
   EXPECT_EQ(counter.rows(), (Rows{"1 M CA 55.1", "2 K CA 56.2"}));
   EXPECT_NE(counter.report().find("residue number from 'resid' (not from 'num')"), std::string::npos)
       << counter.report();
+  const Converted wide = convertString("Residue,13Ca,1H(N),Cb(i-1)\nM1,55.1,8.2,33.0\nK2,56.2,8.3,32.9\n");
+  EXPECT_EQ(wide.rows(), (Rows{"1 M HN 8.2", "1 M CA 55.1", "2 K HN 8.3", "2 K CA 56.2"}));
+  EXPECT_NE(wide.report().find("not used: 'Cb(i-1)'"), std::string::npos) << wide.report();
 }
 
 TEST(ConvertColumns, TheUserNamesThem) {

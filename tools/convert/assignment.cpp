@@ -170,6 +170,7 @@ std::string plainHeading(std::string_view heading) {
     if (c == '#') plain += "num";
     if (isLetter(c) || isDigit(c)) plain += c;
   }
+  if (plain.size() > 3 && plain.ends_with("ppm")) plain.erase(plain.size() - 3);
   return plain;
 }
 
@@ -186,8 +187,9 @@ std::string atomOfHeading(std::string_view heading) {
     if (!text::isSpace(c) && c != '_') name += c;
   }
   static constexpr std::pair<std::string_view, std::string_view> kNuclei[] = {
-      {"15N", "N"},  {"N15", "N"},  {"1H", "H"},   {"H1", "H"},   {"13C", "C"}, {"C13", "C"},
-      {"1HN", "HN"}, {"HN1", "HN"}, {"15NH", "N"}, {"NH15", "N"}, {"NH", "NH"}, {"COI", "CO"}};
+      {"15N", "N"},   {"N15", "N"},    {"1H", "H"},   {"H1", "H"},    {"13C", "C"}, {"C13", "C"},
+      {"1HN", "HN"},  {"HN1", "HN"},   {"15NH", "N"}, {"NH15", "N"},  {"NH", "NH"}, {"COI", "CO"},
+      {"H(N)", "HN"}, {"1H(N)", "HN"}, {"N(H)", "N"}, {"15N(H)", "N"}};
   for (const auto& [known, atom] : kNuclei) {
     if (name == known) return std::string(atom);
   }

@@ -290,7 +290,7 @@ class ContentChooser {
               describeColumn(columns_, columns_.at[role]);
       if (!rivals_[role].empty()) text += " (not from " + rivals_[role] + ")";
     }
-    if (wide) text += ", shifts from" + atomColumns();
+    if (wide) text += ", shifts from" + atomColumns() + unusedColumns();
     columns_.said = "Columns: " + text;
     if (columns_.headings.empty()) {
       columns_.guess = "no header line names the columns; by their content: " + text;
@@ -303,6 +303,19 @@ class ContentChooser {
     std::string text;
     for (const auto& [column, atom] : columns_.atoms) {
       text += (text.empty() ? " " : ", ") + atom + " " + describeColumn(columns_, column);
+    }
+    return text;
+  }
+
+  /// Columns of numbers whose headings name no atom: the shifts of another residue, errors, or a name nobody
+  /// knows.
+  std::string unusedColumns() const {
+    std::string text;
+    for (std::size_t c = 0; c < columns_.width; ++c) {
+      if (taken_.count(static_cast<int>(c)) > 0 ||
+          facts_[c].numbers * 2 < std::max<std::size_t>(facts_[c].filled, 1))
+        continue;
+      text += (text.empty() ? "; not used: " : ", ") + describeColumn(columns_, static_cast<int>(c));
     }
     return text;
   }

@@ -90,7 +90,12 @@ class DelimitedReader {
       if (shift.name.empty()) shift.name = assignment.name;
       // T7.C is chain C where the atom stands in a column of its own.
       const bool atomElsewhere = !shift.atom.empty() || !columns_.atoms.empty();
-      if (atomElsewhere && assignment.chain.empty()) assignment.chain = assignment.atom;
+      const bool letter = assignment.name.empty() && assignment.atom.size() == 1;  // 12N is asparagine there
+      if (atomElsewhere && letter && shift.name.empty()) {
+        shift.name = assignment.atom;
+      } else if (atomElsewhere && assignment.chain.empty()) {
+        assignment.chain = assignment.atom;
+      }
       if (shift.chain.empty()) shift.chain = assignment.chain;
       if (!atomElsewhere) shift.atom = assignment.atom;
     }
