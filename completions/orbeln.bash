@@ -28,7 +28,7 @@ _orbeln_list() {
 }
 
 _orbeln_shift_files='str|star|nef|prot|list|shifts|shifty|csv|tsv|tab|txt'
-_orbeln_shift_formats='nmrstar nmrstar2 nef xeasy sparky shifty csv tsv table'
+_orbeln_shift_formats='nmrstar nmrstar2 nef xeasy sparky shifty pipp lacs csv tsv table'
 _orbeln_restraint_formats='xplor cyana nef gromacs amber'
 _orbeln_classes='Strong Generous Warn Dyn Bad'
 
@@ -39,11 +39,11 @@ _orbeln_convert() {
     -o|--output) _orbeln_files tab; return ;;
     -s|--sequence) _orbeln_files 'fasta|fa|seq|txt'; return ;;
     -f|--format) _orbeln_words "$_orbeln_shift_formats"; return ;;
-    -c|--chain|-l|--list|--first-resid) return ;;
+    -c|--chain|-l|--list|--columns|--first-resid|--list-offset) return ;;
   esac
   case "$cur" in
-    -*) _orbeln_words '--output --chain --list --sequence --format --first-resid --keep-first
-                       --skip-ambiguous --mse-as-met --strict --choices --quiet --help --version' ;;
+    -*) _orbeln_words '--output --chain --list --sequence --format --columns --first-resid --list-offset --keep-first
+                       --skip-ambiguous --mse-as-met --modified-as-parent --strict --choices --quiet --help --version' ;;
     *) _orbeln_files "$_orbeln_shift_files" ;;
   esac
 }

@@ -6,6 +6,7 @@
 #include <numeric>
 #include <ostream>
 
+#include "common/log.h"
 #include "tables/text.h"
 
 #ifndef ORBELN_VERSION
@@ -166,7 +167,7 @@ bool answeredHelp(const Program& program, const Arguments& arguments) {
 
 int usageError(const Program& program, const std::string& message) {
   std::fprintf(stderr, "%s: %s\nUsage: %s %s\nTry '%s --help' for more.\n", program.name.c_str(),
-               message.c_str(), program.name.c_str(), program.usage.c_str(), program.name.c_str());
+               printable(message).c_str(), program.name.c_str(), program.usage.c_str(), program.name.c_str());
   return 2;
 }
 

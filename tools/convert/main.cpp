@@ -20,34 +20,40 @@ constexpr std::size_t kChoicesInOneLine = 10, kLongestLine = 400;
 tools::Program program() {
   std::string formats;
   for (const std::string& name : convert::formatNames()) formats += (formats.empty() ? "" : ", ") + name;
-  return {
-      "orbeln-convert",
-      "INPUT -o TABLE [OPTIONS]",
-      "Converts assigned chemical shifts (NMR-STAR 3 and 2.1, NEF, XEASY, Sparky/POKY, SHIFTY, CSV/TSV) "
-      "to the "
-      "input table of orbeln. The format is recognised by the content. INPUT and TABLE may be '-' for "
-      "standard "
-      "input and output.",
-      {{"--output", "-o", "TABLE", "Write the table to this file."},
-       {"--chain", "-c", "ID", "Convert this chain (identifier, PDB chain letter or name)."},
-       {"--list", "-l", "ID", "Convert this shift list (identifier or name)."},
-       {"--sequence", "-s", "FILE", "Take the sequence from this FASTA or XEASY .seq file."},
-       {"--format", "-f", "NAME", "Read INPUT as one of: " + formats + "."},
-       {"--first-resid", "", "N", "Give the first residue of the sequence this number."},
-       {"--keep-first", "", "", "Where an atom stands twice with different values, take the first one."},
-       {"--skip-ambiguous", "", "", "Leave out assignments with ambiguity code 4, 5, 6 or 9."},
-       {"--mse-as-met", "", "", "Take selenomethionine (MSE) as methionine."},
-       {"--choices", "", "",
-        "Convert nothing; print the protein chains and shift lists that can be chosen, tab-separated, one "
-        "pair a line."},
-       {"--strict", "", "", "Treat warnings as errors."},
-       {"--quiet", "-q", "", "Print warnings and errors only."}},
-      "Exit status: 0 converted; 1 the input cannot be converted; 2 wrong usage;\n"
-      "3 several chains or shift lists, and none was chosen.\n\n"
-      "Examples:\n"
-      "  orbeln-convert bmr17769.str -o ubiquitin.tab\n"
-      "  orbeln-convert dimer.nef --chain B -o monomer.tab\n"
-      "  orbeln-convert peaks.list --sequence protein.fasta -o protein.tab\n"};
+  return {"orbeln-convert",
+          "INPUT -o TABLE [OPTIONS]",
+          "Converts assigned chemical shifts (NMR-STAR 3 and 2.1, NEF, XEASY, Sparky/POKY, SHIFTY, PIPP, "
+          "CSV/TSV) "
+          "to the "
+          "input table of orbeln. The format is recognised by the content. INPUT and TABLE may be '-' for "
+          "standard "
+          "input and output.",
+          {{"--output", "-o", "TABLE", "Write the table to this file."},
+           {"--chain", "-c", "ID", "Convert this chain (identifier, PDB chain letter or name)."},
+           {"--list", "-l", "ID", "Convert this shift list (identifier or name)."},
+           {"--sequence", "-s", "FILE", "Take the sequence from this FASTA or XEASY .seq file."},
+           {"--format", "-f", "NAME", "Read INPUT as one of: " + formats + "."},
+           {"--columns", "", "LIST",
+            "Columns of a table, by heading or position, as in resid=1,resname=2,atom=3,shift=ppm; also "
+            "residue or "
+            "assignment (labels such as M1 or M1CA), chain, list, and N, HN, CA ... where each atom has a "
+            "column."},
+           {"--first-resid", "", "N", "Give the first residue of the sequence this number."},
+           {"--list-offset", "", "N", "Move the shifts by N residues against the sequence."},
+           {"--keep-first", "", "", "Where an atom stands twice with different values, take the first one."},
+           {"--skip-ambiguous", "", "", "Leave out assignments with ambiguity code 4, 5, 6 or 9."},
+           {"--mse-as-met", "", "", "Take selenomethionine (MSE) as methionine."},
+           {"--modified-as-parent", "", "",
+            "Take modified residues (MSE, SEP, HYP ...) as the plain ones they were made from, without the "
+            "shifts that the modification changes."},
+           {"--strict", "", "", "Refuse to guess: treat warnings as errors."},
+           {"--quiet", "-q", "", "Print warnings and errors only."}},
+          "Exit status: 0 converted; 1 the input cannot be converted; 2 wrong usage;\n"
+          "3 several chains or shift lists, and none was chosen.\n\n"
+          "Examples:\n"
+          "  orbeln-convert bmr17769.str -o ubiquitin.tab\n"
+          "  orbeln-convert dimer.nef --chain B -o monomer.tab\n"
+          "  orbeln-convert peaks.list --sequence protein.fasta -o protein.tab\n"};
 }
 
 convert::Settings settingsFrom(const tools::Arguments& arguments) {
@@ -56,10 +62,13 @@ convert::Settings settingsFrom(const tools::Arguments& arguments) {
   settings.chain = arguments.value("--chain");
   settings.list = arguments.value("--list");
   settings.sequenceFile = arguments.value("--sequence");
+  settings.columns = arguments.value("--columns");
   settings.firstResid = arguments.value("--first-resid");
+  settings.listOffset = convert::wholeInteger(arguments.value("--list-offset")).value_or(0);
   settings.mseAsMet = arguments.has("--mse-as-met");
   settings.keepFirst = arguments.has("--keep-first");
   settings.skipAmbiguous = arguments.has("--skip-ambiguous");
+  settings.modifiedAsParent = arguments.has("--modified-as-parent");
   settings.strict = arguments.has("--strict");
   return settings;
 }
@@ -78,6 +87,10 @@ std::string usageProblem(const tools::Arguments& arguments, const convert::Setti
   if (!settings.firstResid.empty() && !convert::wholeInteger(settings.firstResid)) {
     return "--first-resid '" + settings.firstResid + "' is no integer";
   }
+  if (const std::string offset = arguments.value("--list-offset");
+      !offset.empty() && !convert::wholeInteger(offset)) {
+    return "--list-offset '" + offset + "' is no integer";
+  }
   return "";
 }
 
@@ -94,11 +107,6 @@ bool printedChoices(const std::string& input, const std::string& text, const con
   std::fprintf(stderr, "orbeln-convert: %s: error: %zu choices, take one with --chain and --list:\n%s",
                log.file().c_str(), found.size(), convert::optionsTable(found, "  ").c_str());
   return true;
-}
-
-/// What the table's remarks say in full.
-std::string shortened(const std::string& line) {
-  return line.size() <= kLongestLine ? line : line.substr(0, kLongestLine - 4) + " ...";
 }
 
 int printChoices(const std::string& input, const tools::FileText& text, const convert::Settings& settings) {
@@ -152,12 +160,12 @@ int run(const tools::Arguments& arguments, const convert::Settings& settings) {
   if (log.failed()) return ambiguous ? kChoiceNeeded : kBadInput;
   if (const std::string problem = convert::writeTable(conversion, log, output); !problem.empty()) {
     std::fprintf(stderr, "orbeln-convert: cannot write %s: %s\n",
-                 output == "-" ? "standard output" : output.c_str(), problem.c_str());
+                 output == "-" ? "standard output" : tools::printable(output).c_str(), problem.c_str());
     return kBadInput;
   }
   if (arguments.has("--quiet")) return 0;
   for (const std::string& line : convert::reportLines(conversion)) {
-    std::fprintf(output == "-" ? stderr : stdout, "%s\n", shortened(line).c_str());
+    std::fprintf(output == "-" ? stderr : stdout, "%s\n", tools::shortened(line, kLongestLine).c_str());
   }
   return 0;
 }
