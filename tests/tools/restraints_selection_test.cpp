@@ -6,6 +6,7 @@
 #include <sstream>
 #include <tuple>
 
+#include "predictions/names.h"
 #include "restraints/options.h"
 #include "restraints/program.h"
 #include "restraints/select.h"
@@ -15,12 +16,12 @@
 namespace {
 
 using restraints::Angle;
-using restraints::Chi1Row;
+using predictions::Chi1Row;
 using restraints::Options;
 using restraints::Restraint;
 using restraints::RestraintList;
-using restraints::TorsionRow;
-using restraints::TorsionTable;
+using predictions::TorsionRow;
+using predictions::TorsionTable;
 
 TorsionRow row(int resid, char code, const char* className, double sd = 15, double phi = -60,
                double psi = -40) {
@@ -131,8 +132,8 @@ TEST(RestraintSelection, SideChains) {
 }
 
 TEST(RestraintSelection, ResidueRanges) {
-  EXPECT_EQ(restraints::residueRanges({}), "");
-  EXPECT_EQ(restraints::residueRanges({-2, -1, 0, 4, 6, 7, 9, 10, 11}), "-2 to 0, 4, 6, 7, 9-11");
+  EXPECT_EQ(predictions::residueRanges({}), "");
+  EXPECT_EQ(predictions::residueRanges({-2, -1, 0, 4, 6, 7, 9, 10, 11}), "-2 to 0, 4, 6, 7, 9-11");
 }
 
 class RestraintProgram : public testing::Test {

@@ -21,7 +21,7 @@ class Row {
     line += cell;
   }
   void number(double value, int decimals) {
-    text(value < restraints::kMissing && value > -1e9 ? fixed(value, decimals) : "");
+    text(value < predictions::kMissing && value > -1e9 ? fixed(value, decimals) : "");
   }
   void number(const std::optional<double>& value, int decimals) {
     if (value) return number(*value, decimals);
@@ -83,7 +83,7 @@ std::string tsvExport(const ReportData& data) {
     addChi1(row, r);
     row.text(r.boxes ? std::to_string(r.boxes->clusters) : "");
     row.number(r.boxes && r.boxes->clusters > 0 ? std::optional<double>(r.boxes->topShare) : std::nullopt, 3);
-    for (const std::optional<double>& shift : r.shifts) row.number(shift, 3);
+    for (const std::optional<double>& shift : r.secondaryShifts) row.number(shift, 3);
     row.number(r.referencePhi, 1);
     row.number(r.referencePsi, 1);
     row.number(r.referenceChi1, 1);

@@ -5,8 +5,8 @@
 #include <cmath>
 #include <string_view>
 
+#include "predictions/names.h"
 #include "report/svg.h"
-#include "restraints/select.h"
 
 namespace report {
 
@@ -117,9 +117,9 @@ void addFlexibility(const ReportData& data, std::vector<Statement>& out) {
     if (r.torsion && r.torsion->className == "Dyn") flexible.push_back(r.resid);
   }
   if (flexible.empty()) return;
-  out.push_back(
-      {"Flexible by the random coil index (class Dyn): residues " + restraints::residueRanges(flexible) + ".",
-       false});
+  out.push_back({"Flexible by the random coil index (class Dyn): residues " +
+                     predictions::residueRanges(flexible) + ".",
+                 false});
 }
 
 void addChi1(const ReportData& data, std::vector<Statement>& out) {
@@ -184,16 +184,18 @@ std::vector<Outlier> unusualShifts(const ReportData& data) {
   for (std::size_t atom = 0; atom < kAtoms.size(); ++atom) {
     std::vector<double> values, deviations;
     for (const Residue& r : data.residues) {
-      if (r.shifts[atom]) values.push_back(*r.shifts[atom]);
+      if (r.secondaryShifts[atom]) values.push_back(*r.secondaryShifts[atom]);
     }
     if (values.size() < kFewest) continue;
     const double centre = median(values);
     for (const double value : values) deviations.push_back(std::fabs(value - centre));
     const double bound = kBound * kRobust * median(deviations);
     for (const Residue& r : data.residues) {
-      if (bound <= 0 || !r.shifts[atom] || std::fabs(*r.shifts[atom] - centre) <= bound) continue;
-      const double limit = *r.shifts[atom] > centre ? centre + bound : centre - bound;
-      found.push_back({r.resid, std::string(1, r.code), kAtoms[atom], *r.shifts[atom], limit, false});
+      if (bound <= 0 || !r.secondaryShifts[atom] || std::fabs(*r.secondaryShifts[atom] - centre) <= bound)
+        continue;
+      const double limit = *r.secondaryShifts[atom] > centre ? centre + bound : centre - bound;
+      found.push_back(
+          {r.resid, std::string(1, r.code), kAtoms[atom], *r.secondaryShifts[atom], limit, false});
     }
   }
   std::stable_sort(found.begin(), found.end(),

@@ -2,12 +2,12 @@
 #include "restraints/coordinates.h"
 
 #include <array>
-#include <charconv>
 #include <filesystem>
 #include <fstream>
 #include <string_view>
 
-#include "restraints/prediction.h"
+#include "common/numbers.h"
+#include "predictions/names.h"
 #include "tables/text.h"
 
 namespace restraints {
@@ -18,11 +18,6 @@ namespace {
 std::string field(const std::string& line, std::size_t from, std::size_t to) {
   if (line.size() < from) return {};
   return std::string(text::trim(std::string_view(line).substr(from - 1, to - from + 1)));
-}
-
-bool wholeNumber(const std::string& word, int& value) {
-  const auto [stop, status] = std::from_chars(word.data(), word.data() + word.size(), value);
-  return status == std::errc{} && stop == word.data() + word.size();
 }
 
 /// Names that force fields give to protonation and bonding states.
@@ -76,7 +71,7 @@ bool CoordinateFile::readPdbLine(const std::string& line, const std::string& cha
   }
   int resid = 0;
   const std::string name = field(line, 13, 16);
-  if (name.empty() || !wholeNumber(field(line, 23, 26), resid)) {
+  if (name.empty() || !tools::parseInteger(field(line, 23, 26), resid)) {
     error = "an atom record without atom name or residue number";
     return false;
   }
@@ -87,7 +82,7 @@ bool CoordinateFile::readPdbLine(const std::string& line, const std::string& cha
 bool CoordinateFile::readGroLine(const std::string& line, std::string& error) {
   int resid = 0;
   const std::string name = field(line, 11, 15);
-  if (name.empty() || !wholeNumber(field(line, 1, 5), resid)) {
+  if (name.empty() || !tools::parseInteger(field(line, 1, 5), resid)) {
     error = "an atom line without atom name or residue number";
     return false;
   }
@@ -122,7 +117,7 @@ std::optional<Lines> readLines(const std::string& path, std::string& error) {
 /// Atom count of a .gro file; -1 when the second line holds none or the file is cut short.
 int groAtoms(const Lines& lines) {
   int expected = -1;
-  if (lines.text.size() < 2 || !wholeNumber(field(lines.text[1], 1, 20), expected)) return -1;
+  if (lines.text.size() < 2 || !tools::parseInteger(field(lines.text[1], 1, 20), expected)) return -1;
   const auto rows = static_cast<std::size_t>(expected < 0 ? 0 : expected);
   return expected >= 1 && lines.text.size() >= rows + 2 ? expected : -1;
 }
@@ -165,7 +160,7 @@ std::optional<CoordinateFile> CoordinateFile::load(const std::string& path, cons
 }
 
 int CoordinateFile::find(const RestraintAtom& atom, int resid, std::string& error) const {
-  const std::string wanted = threeLetterName(atom.code);
+  const std::string wanted = predictions::threeLetterName(atom.code);
   const std::string place = "residue " + std::to_string(resid) + " atom " + atom.name;
   const auto found = atoms.find({resid, atom.name});
   if (found == atoms.end()) {

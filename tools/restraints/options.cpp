@@ -6,7 +6,7 @@
 #include <string_view>
 #include <utility>
 
-#include "restraints/table_file.h"
+#include "common/numbers.h"
 #include "restraints/writers.h"
 #include "tables/text.h"
 
@@ -66,7 +66,7 @@ class OptionReader {
   void number(const std::string& name, double& value, double low, double high) {
     if (!arguments.has(name)) return;
     const std::string word = arguments.value(name);
-    if (!parseNumber(word, value) || value < low || value > high) {
+    if (!tools::parseNumber(word, value) || value < low || value > high) {
       fail(name + " needs " + print("a number from %g to %g", low, high) + ", not '" + word + "'");
     }
   }

@@ -7,7 +7,6 @@
 #include "common/files.h"
 #include "restraints/coordinates.h"
 #include "restraints/options.h"
-#include "restraints/prediction.h"
 #include "restraints/select.h"
 #include "restraints/writers.h"
 
@@ -15,14 +14,12 @@ namespace restraints {
 
 namespace {
 
-enum Status : int { kDone = 0, kFailed = 1, kWrongCommandLine = 2 };
-
 std::optional<RestraintList> makeList(const Options& options, std::string& error) {
-  const auto torsions = loadTorsions(options.predictionFile, error);
+  const auto torsions = predictions::loadTorsions(options.predictionFile, error);
   if (!torsions) return std::nullopt;
   std::vector<Chi1Row> chi1;
   if (!options.chi1File.empty()) {
-    auto rows = loadChi1(options.chi1File, error);
+    auto rows = predictions::loadChi1(options.chi1File, error);
     if (!rows) return std::nullopt;
     chi1 = std::move(*rows);
   }
@@ -68,33 +65,32 @@ std::optional<std::string> writeFormat(RestraintList& list, const Options& optio
   return std::nullopt;
 }
 
-int fail(std::ostream& err, const std::string& message, Status status) {
-  err << "orbeln-restraints: " << message << "\n";
-  if (status == kWrongCommandLine) err << "Try 'orbeln-restraints --help'.\n";
-  return status;
+int fail(std::ostream& err, const std::string& message) {
+  err << program().name << ": " << message << "\n";
+  return 1;
 }
 
 }  // namespace
 
 int runProgram(const std::vector<std::string>& words, std::ostream& out, std::ostream& err) {
   const tools::Arguments arguments = tools::parseArguments(program(), words);
-  if (tools::answerHelp(program(), arguments, out)) return kDone;
+  if (tools::answerHelp(program(), arguments, out)) return 0;
   Options options;
   std::string error = readOptions(arguments, options);
-  if (!error.empty()) return fail(err, error, kWrongCommandLine);
+  if (!error.empty()) return tools::usageError(program(), error, err);
   auto list = makeList(options, error);
-  if (!list) return fail(err, error, kFailed);
+  if (!list) return fail(err, error);
   const auto content = writeFormat(*list, options, error);
-  if (!content) return fail(err, error, kFailed);
+  if (!content) return fail(err, error);
   if (options.outputFile == "-") {
     out << *content;
   } else if (error = tools::writeTextFile(options.outputFile, *content); !error.empty()) {
-    return fail(err, "cannot write " + options.outputFile + ": " + error, kFailed);
+    return fail(err, "cannot write " + options.outputFile + ": " + error);
   }
   if (!options.quiet) {
     for (const std::string& statement : list->report) err << statement << "\n";
   }
-  return kDone;
+  return 0;
 }
 
 }  // namespace restraints

@@ -8,6 +8,8 @@
 #include <string>
 #include <utility>
 
+#include "predictions/names.h"
+
 namespace restraints {
 
 namespace {
@@ -106,7 +108,7 @@ void Selection::add(Restraint restraint, double centre, double deviation, double
   width = std::max(width, floor);
   if (width > options.cap) ++limited;
   restraint.halfWidth = roundTenth(std::min(width, options.cap));
-  restraint.centre = wrapAngle(roundTenth(wrapAngle(centre)));
+  restraint.centre = predictions::wrapAngle(roundTenth(predictions::wrapAngle(centre)));
   restraint.deviation = deviation;
   list.restraints.push_back(std::move(restraint));
 }
@@ -119,7 +121,8 @@ void Selection::addAngle(Angle angle, const TorsionRow& row) {
   if (!inSequence(neighbour)) {
     return skip(phi ? "PHI of the first residue" : "PSI of the last residue", row.resid);
   }
-  if (value >= kMissing) return skip(std::string(restraint.angleName()) + ": no angle", row.resid);
+  if (value >= predictions::kMissing)
+    return skip(std::string(restraint.angleName()) + ": no angle", row.resid);
   restraint.note = "class " + row.className;
   add(std::move(restraint), value, phi ? row.dphi : row.dpsi, options.floor);
 }
@@ -178,11 +181,11 @@ RestraintList Selection::finish() {
                    " raised to the floor, " + std::to_string(limited) + " lowered to the cap");
   if (!valines.empty()) {
     report.push_back("valine chi1: 120 degrees added back to the table's value for N-CA-CB-CG1: residues " +
-                     residueRanges(valines));
+                     predictions::residueRanges(valines));
   }
   for (const auto& [reason, residues] : skipped) {
     report.push_back("skipped, " + reason + ": " + std::to_string(residues.size()) + " (residues " +
-                     residueRanges(residues) + ")");
+                     predictions::residueRanges(residues) + ")");
   }
   for (const char* doubtful : {"Warn", "Dyn", "Bad"}) {
     if (options.classes.contains(doubtful)) {
@@ -193,20 +196,6 @@ RestraintList Selection::finish() {
 }
 
 }  // namespace
-
-std::string residueRanges(const std::vector<int>& residues) {
-  std::string ranges;
-  for (std::size_t i = 0; i < residues.size();) {
-    std::size_t end = i;
-    while (end + 1 < residues.size() && residues[end + 1] == residues[end] + 1) ++end;
-    if (!ranges.empty()) ranges += ", ";
-    ranges += std::to_string(residues[i]);
-    const char* between = end == i + 1 ? ", " : residues[i] < 0 ? " to " : "-";
-    if (end > i) ranges += between + std::to_string(residues[end]);
-    i = end + 1;
-  }
-  return ranges;
-}
 
 RestraintList selectRestraints(const TorsionTable& torsions, const std::vector<Chi1Row>& chi1,
                                const Options& options) {

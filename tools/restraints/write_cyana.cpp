@@ -1,5 +1,5 @@
 // CYANA: lower and upper bound per angle, intervals across the seam unwrapped.
-#include "restraints/prediction.h"
+#include "predictions/names.h"
 #include "restraints/writers.h"
 
 namespace restraints {
@@ -10,7 +10,7 @@ namespace {
 const char* cyanaName(char code) {
   if (code == 'c') return "CYSS";
   if (code == 'p') return "cPRO";
-  return threeLetterName(code);
+  return predictions::threeLetterName(code);
 }
 
 }  // namespace

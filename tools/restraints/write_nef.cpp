@@ -1,5 +1,5 @@
 // NEF 1.1: a complete file with the sequence and one dihedral restraint list.
-#include "restraints/prediction.h"
+#include "predictions/names.h"
 #include "restraints/writers.h"
 
 namespace restraints {
@@ -41,8 +41,9 @@ std::string molecularSystem(const RestraintList& list, const std::string& chain)
   std::size_t index = 0;
   for (const auto& [resid, code] : list.sequence) {
     ++index;
-    out += print("      %zu %s %d %s %s . %s\n", index, chain.c_str(), resid, threeLetterName(code),
-                 linking(index, list.sequence.size()), code == 'p' ? "true" : ".");
+    out +=
+        print("      %zu %s %d %s %s . %s\n", index, chain.c_str(), resid, predictions::threeLetterName(code),
+              linking(index, list.sequence.size()), code == 'p' ? "true" : ".");
   }
   return out + "   stop_\nsave_\n\n";
 }
@@ -79,7 +80,8 @@ std::string restraintTags() {
 std::string restraintRow(const Restraint& r, std::size_t index, const std::string& chain, double weight) {
   std::string row = print("      %zu %zu .", index, index);
   for (const RestraintAtom& atom : r.atoms) {
-    row += print(" %s %d %s %s", chain.c_str(), atom.resid, threeLetterName(atom.code), atom.name.c_str());
+    row += print(" %s %d %s %s", chain.c_str(), atom.resid, predictions::threeLetterName(atom.code),
+                 atom.name.c_str());
   }
   return row + print(" %.2f %.1f %.1f . %.1f %.1f . %s\n", weight, r.centre, r.deviation, r.lower(),
                      r.upper(), r.angleName());

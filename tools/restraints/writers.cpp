@@ -4,7 +4,7 @@
 #include <cstdarg>
 #include <cstdio>
 
-#include "restraints/prediction.h"
+#include "predictions/names.h"
 
 namespace restraints {
 
@@ -25,7 +25,7 @@ std::string commentBlock(const RestraintList& list, const std::string& lead) {
 }
 
 std::string describe(const Restraint& restraint) {
-  return std::to_string(restraint.resid) + " " + threeLetterName(restraint.code) + " " +
+  return std::to_string(restraint.resid) + " " + predictions::threeLetterName(restraint.code) + " " +
          restraint.angleName() + ", " + restraint.note;
 }
 

@@ -26,7 +26,7 @@ int main(int argc, char** argv) {
   const tools::Program self = run::runProgram();
   const tools::Arguments arguments =
       tools::parseArguments(self, std::vector<std::string>(argv + 1, argv + argc));
-  if (arguments.error.empty() && tools::answeredHelp(self, arguments)) return 0;
+  if (arguments.error.empty() && tools::answerHelp(self, arguments)) return 0;
   const run::Plan plan = run::makePlan(arguments);
   if (!plan.error.empty()) return tools::usageError(self, plan.error);
 

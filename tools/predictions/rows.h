@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace restraints {
+namespace predictions {
 
 inline constexpr double kMissing = 999.0;  ///< table values from here on stand for "no value"
 
@@ -52,7 +52,4 @@ std::optional<std::vector<Chi1Row>> loadChi1(const std::string& path, std::strin
 
 double wrapAngle(double degrees);  ///< into (-180, 180]
 
-/// Name of a residue in files that spell types out: "THR"; "UNK" for X, ? and unknown letters.
-const char* threeLetterName(char code);
-
-}  // namespace restraints
+}  // namespace predictions
