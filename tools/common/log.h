@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -46,7 +47,14 @@ class Log {
   std::vector<Message> messages_;
 };
 
-/// "file:line: warning: text" (no severity word for a note).
+/// `text` as it may go to a terminal: control characters (line ends and tabs included) and bytes that are no
+/// UTF-8 become \\xNN, so that a hostile or broken file cannot move the cursor or colour the screen.
+std::string printable(std::string_view text);
+
+/// printable() cut to about `most` characters, with "..." where something is left out.
+std::string shortened(std::string_view text, std::size_t most = 60);
+
+/// "file:line: warning: text" (no severity word for a note), printable.
 std::string describe(const Message& message);
 
 }  // namespace tools
