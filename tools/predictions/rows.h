@@ -19,6 +19,11 @@ struct TorsionRow {
   std::string className;  ///< Strong, Generous, Warn, Dyn, Bad or None
 
   bool hasAngles() const { return phi < kMissing && psi < kMissing; }
+  /// The class without a reference structure. Only Strong and Generous residues can become Bad, and 25
+  /// matches of 25 in one cluster make the difference between the two.
+  std::string ownClass() const {
+    return className != "Bad" ? className : count == 25 ? "Strong" : "Generous";
+  }
 };
 
 /// One row of the chi1 table; angles in degrees. For valine the table's angles and class stand 120 degrees

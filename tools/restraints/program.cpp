@@ -1,11 +1,16 @@
 // The program orbeln-restraints: tables in, restraint file and report out.
 #include "restraints/program.h"
 
+#include <filesystem>
 #include <optional>
 #include <ostream>
 
 #include "common/files.h"
+#include "common/numbers.h"
+#include "predictions/model.h"
 #include "restraints/coordinates.h"
+#include "restraints/input_table.h"
+#include "restraints/nef_file.h"
 #include "restraints/options.h"
 #include "restraints/select.h"
 #include "restraints/writers.h"
@@ -14,8 +19,30 @@ namespace restraints {
 
 namespace {
 
-std::optional<RestraintList> makeList(const Options& options, std::string& error) {
-  const auto torsions = predictions::loadTorsions(options.predictionFile, error);
+/// The names of the NEF file that is added to, or those that the input table notes.
+std::optional<Labels> makeLabels(const InputTable& input, const std::map<int, char>& sequence,
+                                 const std::optional<NefFile>& nef, const Options& options,
+                                 std::string& error) {
+  Labels labels = labelsFrom(input, options);
+  if (nef) {
+    const bool anyChain = options.chain.empty() && input.notes.chain.empty();
+    return nef->label(sequence, labels, anyChain, error);
+  }
+  if (const std::string number = labels.sharedNumber(); !number.empty()) {
+    error = input.file + ": two residues have the original number " + number + ": use --numbers table";
+  }
+  for (const auto& [resid, number] : labels.numbers) {
+    int whole = 0;
+    if (options.format == Format::Cyana && !tools::parseInteger(number, whole)) {
+      error = input.file + ": residue " + number + ": CYANA has no insertion codes: use --numbers table";
+    }
+  }
+  return error.empty() ? std::optional(std::move(labels)) : std::nullopt;
+}
+
+std::optional<RestraintList> makeList(const std::optional<NefFile>& nef, const Options& options,
+                                      std::string& error) {
+  auto torsions = predictions::loadTorsions(options.predictionFile, error);
   if (!torsions) return std::nullopt;
   std::vector<Chi1Row> chi1;
   if (!options.chi1File.empty()) {
@@ -23,12 +50,16 @@ std::optional<RestraintList> makeList(const Options& options, std::string& error
     if (!rows) return std::nullopt;
     chi1 = std::move(*rows);
   }
-  RestraintList list = selectRestraints(*torsions, chi1, options);
-  if (list.restraints.empty()) {
-    error = options.predictionFile + ": no residue gives a restraint with these classes";
-    return std::nullopt;
-  }
-  return list;
+  auto input = loadInputTable(options, torsions->sequence, error);
+  if (!input) return std::nullopt;
+  if (!input->notes.entry.empty()) torsions->title = input->notes.entry;
+  const auto labels = makeLabels(*input, torsions->sequence, nef, options, error);
+  if (!labels) return std::nullopt;
+  RestraintList list = selectRestraints(*torsions, chi1, options, *labels);
+  list.shifts = std::move(input->shifts);
+  if (!list.restraints.empty()) return list;
+  error = options.predictionFile + ": no residue gives a restraint with these classes";
+  return std::nullopt;
 }
 
 /// Atom numbers for the formats that need them; a hint when the structure cannot be the simulated one.
@@ -43,7 +74,16 @@ std::optional<AtomNumbers> numberAtoms(RestraintList& list, const Options& optio
   return coordinates->match(list, options.residueOffset, error);
 }
 
-std::optional<std::string> writeFormat(RestraintList& list, const Options& options, std::string& error) {
+std::optional<std::string> starText(const RestraintList& list, const Options& options, std::string& error) {
+  const std::filesystem::path file(options.predictionFile);
+  predictions::Model model;
+  predictions::Tables tables{file.parent_path().string(), file.stem().string(), {"SS", "S2"}};
+  if (!loadModel(tables, model, error)) return std::nullopt;
+  return writeStar(list, model, options);
+}
+
+std::optional<std::string> writeFormat(RestraintList& list, const std::optional<NefFile>& nef,
+                                       const Options& options, std::string& error) {
   AtomNumbers atoms;
   if (options.format == Format::Gromacs || options.format == Format::Amber) {
     auto numbers = numberAtoms(list, options, error);
@@ -56,7 +96,14 @@ std::optional<std::string> writeFormat(RestraintList& list, const Options& optio
     case Format::Cyana:
       return writeCyana(list, options);
     case Format::Nef:
+      if (nef) return nef->with(nefRestraintFrame(list, options, nef->unusedFrame(kNefFrame)));
+      if (list.shifts.empty()) {
+        list.report.push_back(
+            "warning: no input table, and so no shifts, which a complete NEF file has (see --input-table)");
+      }
       return writeNef(list, options);
+    case Format::Star:
+      return starText(list, options, error);
     case Format::Gromacs:
       return writeGromacs(list, options, atoms);
     case Format::Amber:
@@ -78,9 +125,11 @@ int runProgram(const std::vector<std::string>& words, std::ostream& out, std::os
   Options options;
   std::string error = readOptions(arguments, options);
   if (!error.empty()) return tools::usageError(program(), error, err);
-  auto list = makeList(options, error);
+  std::optional<NefFile> nef;
+  if (!options.intoFile.empty() && !(nef = NefFile::load(options.intoFile, error))) return fail(err, error);
+  auto list = makeList(nef, options, error);
   if (!list) return fail(err, error);
-  const auto content = writeFormat(*list, options, error);
+  const auto content = writeFormat(*list, nef, options, error);
   if (!content) return fail(err, error);
   if (options.outputFile == "-") {
     out << *content;

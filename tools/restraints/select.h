@@ -14,8 +14,9 @@ using predictions::TorsionRow;
 using predictions::TorsionTable;
 
 /// Restraints of all usable rows by the options' classes, width rule and chi1 probability. `chi1` may be
-/// empty.
+/// empty. Class Bad, which only a reference structure gives, decides where --drop-bad or the class itself was
+/// asked for; else such a residue has the class that it has without the structure.
 RestraintList selectRestraints(const TorsionTable& torsions, const std::vector<Chi1Row>& chi1,
-                               const Options& options);
+                               const Options& options, const Labels& labels = {});
 
 }  // namespace restraints
