@@ -48,8 +48,9 @@ struct Residue {
   std::optional<double> referencePhi, referencePsi, referenceChi1;
 
   bool hasPrediction() const { return torsion && torsion->hasAngles(); }
+  /// By the matches alone: a reference structure has no say.
   bool isReliable() const {
-    return hasPrediction() && (torsion->className == "Strong" || torsion->className == "Generous");
+    return hasPrediction() && (torsion->ownClass() == "Strong" || torsion->ownClass() == "Generous");
   }
 };
 

@@ -40,8 +40,9 @@ struct CheckResult {
 
 struct ReportData : predictions::Model {
   CheckResult check;
-  bool deuterated = false;    ///< deuterium correction applied
-  bool hasReference = false;  ///< reference phi and psi are there
+  bool deuterated = false;       ///< deuterium correction applied
+  bool hasReference = false;     ///< reference phi and psi are there
+  std::string referenceProblem;  ///< why a reference structure that was given is not compared with
 };
 
 }  // namespace report

@@ -11,7 +11,8 @@ namespace {
 constexpr const char* kHeader =
     "resid\tresname\tclass\tphi\tpsi\tdphi\tdpsi\tdist\tcount\tcs_count\ts2\tss_class\tss_confidence\tss_h\t"
     "ss_e\tss_l\tchi1_class\tchi1\tdchi1\tchi1_torsion\tchi1_gm\tchi1_gp\tchi1_t\tclusters\tcluster1_share\t"
-    "shift_N\tshift_HA\tshift_C\tshift_CA\tshift_CB\tshift_HN\tref_phi\tref_psi\tref_chi1\n";
+    "secondary_shift_N\tsecondary_shift_HA\tsecondary_shift_C\tsecondary_shift_CA\tsecondary_shift_"
+    "CB\tsecondary_shift_HN\tref_phi\tref_psi\tref_chi1\n";
 
 /// Cells of one row.
 class Row {

@@ -3,6 +3,7 @@
 
 #include <cmath>
 #include <filesystem>
+#include <fstream>
 
 #include "report/check_log.h"
 #include "tables/PDB.h"
@@ -20,11 +21,12 @@ void readShiftRemarks(ReportData& data) {
   }
 }
 
-bool loadReference(const std::string& file, ReportData& data, std::string& error) {
+/// A structure that cannot be read costs the comparison, not the report.
+void loadReference(const std::string& file, ReportData& data) {
   std::error_code status;
-  if (!std::filesystem::is_regular_file(file, status)) {
-    error = file + ": cannot be opened";
-    return false;
+  if (!std::filesystem::is_regular_file(file, status) || !std::ifstream(file)) {
+    data.referenceProblem = file + ": cannot be opened";
+    return;
   }
   const PDB structure(file);
   std::size_t common = 0;
@@ -38,12 +40,11 @@ bool loadReference(const std::string& file, ReportData& data, std::string& error
     common += r.referencePhi && r.referencePsi ? 1 : 0;
   }
   if (common == 0) {
-    error = file + ": no residue of the prediction has phi and psi there";
-    return false;
+    data.referenceProblem = file + ": no residue of the prediction has phi and psi there";
+    return;
   }
   data.hasReference = true;
   if (data.referenceTitle.empty()) data.referenceTitle = std::filesystem::path(file).filename().string();
-  return true;
 }
 
 }  // namespace
@@ -53,9 +54,7 @@ std::optional<ReportData> loadReport(const Options& options, std::string& error)
   if (!loadModel({options.directory, options.stem}, data, error)) return std::nullopt;
   readShiftRemarks(data);
   if (!options.logFile.empty() && !readCheckLog(options.logFile, data.check, error)) return std::nullopt;
-  if (!options.referenceFile.empty() && !loadReference(options.referenceFile, data, error)) {
-    return std::nullopt;
-  }
+  if (!options.referenceFile.empty()) loadReference(options.referenceFile, data);
   if (!options.title.empty()) data.title = options.title;
   if (data.title.empty()) data.title = options.stem;
   return data;

@@ -126,7 +126,7 @@ std::string htmlPage(const ReportData& data) {
     const std::string id = std::string(section.id) + "\">" + section.title;
     navigation += "<a href=\"#" + id + "</a>\n";
     content += "<section>\n<h2 id=\"" + id + "</h2>\n";
-    content += section.intro + section.content(data) + "</section>\n";
+    content += section.intro + "<div class=\"scroll\">" + section.content(data) + "</div>\n</section>\n";
   }
   return fill(kSkeleton, {{"title", escapeHtml(data.title)},
                           {"style", kStyle},

@@ -47,6 +47,9 @@ int runProgram(const std::vector<std::string>& words, std::ostream& out, std::os
   const auto data = loadReport(options, error);
   if (!data) return fail(err, error);
   if (!writeOutputs(*data, options, out, error)) return fail(err, error);
+  if (!data->referenceProblem.empty()) {
+    err << program().name << ": warning: " << data->referenceProblem << ": no comparison\n";
+  }
   if (!options.quiet) {
     for (const std::string& name : data->missing) err << name << " not found: left out\n";
   }
