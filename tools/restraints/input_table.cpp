@@ -23,7 +23,7 @@ std::optional<InputTable> readTable(const std::string& file, const std::map<int,
     error = file + ": residue " + std::to_string(resid) + " is " + code + ", not as in the prediction";
     return std::nullopt;
   }
-  InputTable input{file, predictions::readInputNotes(source->table.remarks), {}};
+  InputTable input{file, {}, predictions::readInputNotes(source->table.remarks), {}};
   for (const auto& [number, cells] : source->table.entries) {
     predictions::RowReader row(*source, number, cells, error);
     const int resid = row.integer("RESID");
@@ -43,8 +43,9 @@ std::optional<InputTable> loadInputTable(const Options& options, const std::map<
   const fs::path beside = fs::path(options.predictionFile).replace_filename("input.tab");
   std::error_code status;
   if (!fs::is_regular_file(beside, status)) return InputTable{};
-  std::string ignored;  // a table of another run may well lie there
-  return readTable(beside.string(), sequence, ignored).value_or(InputTable{});
+  std::string problem;  // a table of another run may well lie there
+  auto input = readTable(beside.string(), sequence, problem);
+  return input ? input : InputTable{{}, problem, {}, {}};
 }
 
 Labels labelsFrom(const InputTable& input, const Options& options) {

@@ -19,12 +19,13 @@ struct InputShift {
 };
 
 struct InputTable {
-  std::string file;  ///< empty: there is none
+  std::string file;     ///< empty: there is none
+  std::string problem;  ///< why the one beside the prediction is not used
   predictions::InputNotes notes;
   std::vector<InputShift> shifts;
 };
 
-/// The table that was named, or else input.tab beside the prediction when it is there and holds `sequence`.
+/// The table that was named, or else input.tab beside the prediction where that is of the same `sequence`.
 /// Empty with `error` set when the named one cannot be used.
 std::optional<InputTable> loadInputTable(const Options& options, const std::map<int, char>& sequence,
                                          std::string& error);

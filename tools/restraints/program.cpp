@@ -57,6 +57,7 @@ std::optional<RestraintList> makeList(const std::optional<NefFile>& nef, const O
   if (!labels) return std::nullopt;
   RestraintList list = selectRestraints(*torsions, chi1, options, *labels);
   list.shifts = std::move(input->shifts);
+  if (!input->problem.empty()) list.report.push_back("input table not used: " + input->problem);
   if (!list.restraints.empty()) return list;
   error = options.predictionFile + ": no residue gives a restraint with these classes";
   return std::nullopt;

@@ -202,11 +202,12 @@ std::string Selection::counts() const {
 
 void Selection::reportReference() {
   if (bad.empty()) return;
-  const std::string disagree = std::to_string(bad.size()) +
-                               " residues disagree with the reference structure (class Bad): " + ranges(bad);
-  list.report.push_back(disagree + (options.dropBad
-                                        ? "; dropped, as asked for"
-                                        : "; taken as the class they have without it (see --drop-bad)"));
+  const char* consequence = options.dropBad ? "left out, as asked for"
+                            : options.classes.contains("Bad")
+                                ? "used as a class of their own, as asked for"
+                                : "the class without it decides (see --drop-bad)";
+  list.report.push_back("class Bad, far from the reference structure: " + std::to_string(bad.size()) +
+                        " (residues " + ranges(bad) + "); " + consequence);
 }
 
 RestraintList Selection::finish() {
