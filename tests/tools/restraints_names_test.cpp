@@ -108,6 +108,19 @@ TEST_F(RestraintNames, NotesOfTheInputTable) {
   }
 }
 
+/// Without input.tab the table of secondary shifts has the same remarks and the observed shifts.
+TEST_F(RestraintNames, SecondaryShiftsRepeatTheNotes) {
+  support::writeFile(
+      dir / "predAdjCS.tab",
+      std::string(kRemarks) +
+          "REMARK Secondary shifts\nDATA FIRST_RESID 1\nDATA SEQUENCE GAMXTH\n\nVARS RESID RESNAME "
+          "ATOMNAME SHIFT CS_OBS CS_ADJ\nFORMAT %4d %1s %4s %8.3f %9.3f %9.3f\n\n   2 A HN 0.512 8.812 "
+          "8.300\n");
+  ASSERT_EQ(run("--format nef"), 0) << err.str();
+  for (const char* part : {"# prediction for Kinase domain of X", "B 21 ALA H 8.812", " B 21A MSE N "})
+    EXPECT_NE(out.str().find(part), std::string::npos) << part << out.str();
+}
+
 constexpr const char* kNef =
     "data_nef_mine\n# a comment that stays\nsave_nef_molecular_system\n"
     "_nef_molecular_system.sf_category nef_molecular_system\nloop_\n_nef_sequence.chain_code\n"

@@ -73,7 +73,7 @@ bool Loader::readRows(const std::string& ending, const std::vector<std::string>&
     read(reader);
     if (!error.empty()) return false;
   }
-  if (ending == "AdjCS") data.shiftRemarks.assign(source->table.remarks.begin(), source->table.remarks.end());
+  if (ending == "AdjCS") data.shiftRemarks = source->table.remarks;
   return true;
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <list>
 #include <optional>
 #include <set>
 #include <string>
@@ -56,8 +57,8 @@ struct Residue {
 
 struct Model {
   std::string title, version, referenceTitle;
-  std::vector<Residue> residues;          ///< ascending residue number
-  std::vector<std::string> shiftRemarks;  ///< of the adjusted-shift table, those of the input among them
+  std::vector<Residue> residues;        ///< ascending residue number
+  std::list<std::string> shiftRemarks;  ///< of the adjusted-shift table, those of the input among them
   bool hasSs = false, hasS2 = false, hasChi1 = false, hasBoxes = false, hasMatches = false, hasShifts = false;
   std::vector<std::string> missing;  ///< tables that were not found, by file name
 };

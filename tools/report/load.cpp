@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "predictions/input_notes.h"
 #include "report/check_log.h"
 #include "tables/PDB.h"
 
@@ -55,6 +56,8 @@ std::optional<ReportData> loadReport(const Options& options, std::string& error)
   readShiftRemarks(data);
   if (!options.logFile.empty() && !readCheckLog(options.logFile, data.check, error)) return std::nullopt;
   if (!options.referenceFile.empty()) loadReference(options.referenceFile, data);
+  const std::string entry = predictions::readInputNotes(data.shiftRemarks).entry;
+  if (!entry.empty()) data.title = entry;
   if (!options.title.empty()) data.title = options.title;
   if (data.title.empty()) data.title = options.stem;
   return data;

@@ -2,6 +2,7 @@
 #include "restraints/input_table.h"
 
 #include <filesystem>
+#include <utility>
 
 #include "predictions/table_file.h"
 
@@ -13,9 +14,10 @@ namespace {
 
 using predictions::TableFile;
 
-std::optional<InputTable> readTable(const std::string& file, const std::map<int, char>& sequence,
-                                    std::string& error) {
-  const auto source = TableFile::load(file, {"RESID", "RESNAME", "ATOMNAME", "SHIFT"}, error);
+/// `value` is the column of the observed shifts.
+std::optional<InputTable> readTable(const std::string& file, const std::string& value,
+                                    const std::map<int, char>& sequence, std::string& error) {
+  const auto source = TableFile::load(file, {"RESID", "RESNAME", "ATOMNAME", value}, error);
   if (!source) return std::nullopt;
   for (const auto& [resid, code] : source->table.residList) {
     const auto predicted = sequence.find(resid);
@@ -30,7 +32,7 @@ std::optional<InputTable> readTable(const std::string& file, const std::map<int,
     if (!error.empty()) return std::nullopt;
     const auto known = sequence.find(resid);
     if (known == sequence.end()) continue;
-    input.shifts.push_back({resid, known->second, row.text("ATOMNAME"), row.text("SHIFT")});
+    input.shifts.push_back({resid, known->second, row.text("ATOMNAME"), row.text(value)});
   }
   return input;
 }
@@ -39,13 +41,23 @@ std::optional<InputTable> readTable(const std::string& file, const std::map<int,
 
 std::optional<InputTable> loadInputTable(const Options& options, const std::map<int, char>& sequence,
                                          std::string& error) {
-  if (!options.inputTable.empty()) return readTable(options.inputTable, sequence, error);
-  const fs::path beside = fs::path(options.predictionFile).replace_filename("input.tab");
-  std::error_code status;
-  if (!fs::is_regular_file(beside, status)) return InputTable{};
+  if (!options.inputTable.empty()) return readTable(options.inputTable, "SHIFT", sequence, error);
+  const fs::path prediction(options.predictionFile);
+  const std::pair<fs::path, const char*> beside[] = {
+      {prediction.parent_path() / "input.tab", "SHIFT"},
+      {prediction.parent_path() / (prediction.stem().string() + "AdjCS.tab"), "CS_OBS"}};
   std::string problem;  // a table of another run may well lie there
-  auto input = readTable(beside.string(), sequence, problem);
-  return input ? input : InputTable{{}, problem, {}, {}};
+  for (const auto& [file, value] : beside) {
+    std::error_code status;
+    std::string fault;
+    if (!fs::is_regular_file(file, status)) continue;
+    if (auto input = readTable(file.string(), value, sequence, fault)) {
+      input->problem = problem;
+      return input;
+    }
+    if (problem.empty()) problem = fault;
+  }
+  return InputTable{{}, problem, {}, {}};
 }
 
 Labels labelsFrom(const InputTable& input, const Options& options) {

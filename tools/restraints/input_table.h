@@ -25,8 +25,9 @@ struct InputTable {
   std::vector<InputShift> shifts;
 };
 
-/// The table that was named, or else input.tab beside the prediction where that is of the same `sequence`.
-/// Empty with `error` set when the named one cannot be used.
+/// The table that was named, or else the first one of the same `sequence` beside the prediction: input.tab,
+/// or the table of secondary shifts, which repeats the remarks. Empty with `error` set when the named one
+/// cannot be used.
 std::optional<InputTable> loadInputTable(const Options& options, const std::map<int, char>& sequence,
                                          std::string& error);
 
