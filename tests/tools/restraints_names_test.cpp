@@ -42,12 +42,13 @@ class RestraintNames : public testing::Test {
 
 constexpr const char* kRemarks =
     "REMARK ENTRY Kinase domain of X\nREMARK CHAIN B\nREMARK NAME 3 MSE\nREMARK NAME of no residue\n"
+    "REMARK NAME 2 \x1b[31m\n"
     "REMARK NUMBER 1 20\nREMARK NUMBER 2 21\nREMARK NUMBER 3 21A\nREMARK NUMBER 4 22\nREMARK NUMBER 5 23\n"
     "REMARK NUMBER 6 24\n";
 
 TEST_F(RestraintNames, NotesOfTheInputTable) {
   const std::string twice = std::string(kRemarks) + "REMARK NUMBER 6 20\n";
-  const std::string allNamed = std::string(kRemarks) + "REMARK NAME 4 LIG\nREMARK NAME 6 HIE\n";
+  const std::string allNamed = std::string(kRemarks) + "REMARK NAME 4 'LIG\nREMARK NAME 6 HIE\n";
   const struct {
     std::string options, input;
     int status;
@@ -81,7 +82,7 @@ TEST_F(RestraintNames, NotesOfTheInputTable) {
       {"--format nef --unknown-types",
        inputTable(allNamed),
        0,
-       {"B 22 LIG CA 57.10", "B 22 LIG CA B", "6 B 24 HIS end"},
+       {"B 22 \"'LIG\" CA 57.10", "B 22 \"'LIG\" CA B", "6 B 24 HIS end"},
        {}},
       {"--format star",
        inputTable(kRemarks),

@@ -8,7 +8,8 @@
 namespace predictions {
 
 /// From the lines REMARK ENTRY, CHAIN and LIST with a text, REMARK NAME and NUMBER with the table's residue
-/// number and a word. Other remarks are passed over.
+/// number and a word. Other remarks, and words that no output
+/// could carry, are passed over.
 struct InputNotes {
   std::string entry, chain, list;
   std::map<int, std::string> names;    ///< residue names of the source, where they say more than the code

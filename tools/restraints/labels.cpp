@@ -5,8 +5,22 @@
 
 #include "common/residue_variants.h"
 #include "predictions/names.h"
+#include "tables/text.h"
 
 namespace restraints {
+
+namespace {
+
+void quote(std::string& word) {
+  const std::string raised = text::upper(word);
+  bool special = word == "." || word == "?" ||
+                 (!word.empty() && std::string_view("_#$'\"[];").find(word[0]) != std::string_view::npos);
+  for (const char* keyword : {"DATA_", "LOOP_", "SAVE_", "STOP_", "GLOBAL_"})
+    special = special || raised.starts_with(keyword);
+  if (special) word = word[0] == '\'' ? '"' + word + '"' : '\'' + word + '\'';
+}
+
+}  // namespace
 
 std::string Labels::number(int resid) const {
   const auto it = numbers.find(resid);
@@ -24,6 +38,12 @@ std::string Labels::componentName(int resid, char code) const {
   const tools::ResidueVariant* variant = fixed ? nullptr : tools::findResidueVariant(given);
   if (variant == nullptr || variant->kind == tools::VariantKind::Modified) return given;
   return predictions::threeLetterName(variant->parent);
+}
+
+void Labels::quoteForStar() {
+  quote(chain);
+  for (auto& [resid, number] : numbers) quote(number);
+  for (auto& [resid, name] : names) quote(name);
 }
 
 std::string Labels::sharedNumber() const {

@@ -19,6 +19,8 @@ struct Labels {
   std::string name(int resid, char code) const;
   /// The same as exchange formats want it: protonation and bonding states under their plain name.
   std::string componentName(int resid, char code) const;
+  /// Words that STAR would take for something else get quotes.
+  void quoteForStar();
   /// A number that two of the numbered residues share; empty when there is none.
   std::string sharedNumber() const;
 };

@@ -67,7 +67,8 @@ std::optional<Labels> NefFile::label(const std::map<int, char>& sequence, const 
   auto chain = chains.find(labels.chain);
   if (chain == chains.end() && anyChain && chains.size() == 1) chain = chains.begin();
   if (chain == chains.end()) {
-    error = file + ": no chain " + labels.chain + " (see --chain)";
+    error = file + ": no chain " + labels.chain + " (see --chain); it has";
+    for (const auto& [name, residues] : chains) error += " " + tools::printable(name);
     return std::nullopt;
   }
   Labels result;

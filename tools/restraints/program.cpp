@@ -24,10 +24,7 @@ std::optional<Labels> makeLabels(const InputTable& input, const std::map<int, ch
                                  const std::optional<NefFile>& nef, const Options& options,
                                  std::string& error) {
   Labels labels = labelsFrom(input, options);
-  if (nef) {
-    const bool anyChain = options.chain.empty() && input.notes.chain.empty();
-    return nef->label(sequence, labels, anyChain, error);
-  }
+  if (nef) return nef->label(sequence, labels, options.chain.empty(), error);
   if (const std::string number = labels.sharedNumber(); !number.empty()) {
     error = input.file + ": two residues have the original number " + number + ": use --numbers table";
   }
@@ -53,8 +50,9 @@ std::optional<RestraintList> makeList(const std::optional<NefFile>& nef, const O
   auto input = loadInputTable(options, torsions->sequence, error);
   if (!input) return std::nullopt;
   if (!input->notes.entry.empty()) torsions->title = input->notes.entry;
-  const auto labels = makeLabels(*input, torsions->sequence, nef, options, error);
+  auto labels = makeLabels(*input, torsions->sequence, nef, options, error);
   if (!labels) return std::nullopt;
+  if (options.format == Format::Nef || options.format == Format::Star) labels->quoteForStar();
   RestraintList list = selectRestraints(*torsions, chi1, options, *labels);
   list.shifts = std::move(input->shifts);
   if (!input->problem.empty()) list.report.push_back("input table not used: " + input->problem);

@@ -8,6 +8,7 @@
 #include <string>
 #include <utility>
 
+#include "common/log.h"
 #include "predictions/names.h"
 
 namespace restraints {
@@ -214,7 +215,7 @@ RestraintList Selection::finish() {
   std::stable_sort(list.restraints.begin(), list.restraints.end(),
                    [](const Restraint& a, const Restraint& b) { return a.resid < b.resid; });
   std::vector<std::string>& report = list.report;
-  if (!torsions.title.empty()) report.push_back("prediction for " + torsions.title);
+  if (!torsions.title.empty()) report.push_back("prediction for " + tools::printable(torsions.title));
   report.push_back(list.labels.numbers.empty() ? "residue numbers are those of the prediction table"
                                                : "residue numbers are those of " + list.labels.source);
   report.push_back(counts());
