@@ -73,16 +73,19 @@ _orbeln_restraints() {
   local cur=${COMP_WORDS[COMP_CWORD]} prev=${COMP_WORDS[COMP_CWORD-1]}
   shopt -q extglob || shopt -s extglob
   case "$prev" in
-    --format) _orbeln_words "$_orbeln_restraint_formats"; return ;;
+    --format) _orbeln_words "$_orbeln_restraint_formats star"; return ;;
     --classes) _orbeln_list "$_orbeln_classes"; return ;;
-    --chi1) _orbeln_files tab; return ;;
+    --chi1|--input-table) _orbeln_files tab; return ;;
+    --into) _orbeln_files nef; return ;;
+    --numbers) _orbeln_words 'original table'; return ;;
     --coordinates) _orbeln_files 'pdb|gro'; return ;;
     -o|--output) _orbeln_files; return ;;
     --factor|--floor|--cap|--chi1-floor|--chi1-probability|--force|--chain|--residue-offset) return ;;
   esac
   case "$cur" in
     -*) _orbeln_words '--format --output --chi1 --classes --factor --floor --cap --chi1-floor --chi1-probability
-                       --force --chain --coordinates --residue-offset --wrap --quiet --help --version' ;;
+                       --force --chain --coordinates --residue-offset --into --input-table --numbers --unknown-types
+                       --drop-bad --wrap --quiet --help --version' ;;
     *) _orbeln_files tab ;;
   esac
 }

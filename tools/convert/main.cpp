@@ -174,7 +174,7 @@ int runConvert(int argc, char** argv) {
   const tools::Program self = program();
   const tools::Arguments arguments =
       tools::parseArguments(self, std::vector<std::string>(argv + 1, argv + argc));
-  if (arguments.error.empty() && tools::answeredHelp(self, arguments)) return 0;
+  if (arguments.error.empty() && tools::answerHelp(self, arguments)) return 0;
   const convert::Settings settings = settingsFrom(arguments);
   if (const std::string problem = usageProblem(arguments, settings); !problem.empty()) {
     return usageError(self, problem);
