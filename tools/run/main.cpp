@@ -85,7 +85,7 @@ int runRun(int argc, char** argv) {
   const tools::Program self = run::runProgram();
   const tools::Arguments arguments =
       tools::parseArguments(self, std::vector<std::string>(argv + 1, argv + argc));
-  if (arguments.error.empty() && tools::answeredHelp(self, arguments)) return 0;
+  if (arguments.error.empty() && tools::answerHelp(self, arguments)) return 0;
   if (const std::string problem = run::usageProblem(arguments); !problem.empty()) {
     return tools::usageError(self, problem);
   }
