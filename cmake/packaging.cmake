@@ -1,5 +1,12 @@
-# Man pages, shell completion and the Debian package. Included last: CPack takes what was set before it.
+# What is installed beside the companions, and the Debian package. Included last: CPack takes what was set before it.
 include(GNUInstallDirs)
+
+# The program looks for its tables where ORBELN_DIR says and in ./tab, nowhere else. What users call is a wrapper that
+# says where the installed tables are, so that `orbeln -in x.tab` works in any folder.
+configure_file(${CMAKE_SOURCE_DIR}/cmake/orbeln.sh.in ${CMAKE_BINARY_DIR}/wrapper/orbeln @ONLY
+               FILE_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+install(TARGETS orbeln RUNTIME DESTINATION ${CMAKE_INSTALL_LIBEXECDIR}/orbeln)
+install(PROGRAMS ${CMAKE_BINARY_DIR}/wrapper/orbeln DESTINATION bin)
 
 file(GLOB ORBELN_MAN_PAGES CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/docs/man/*.1)
 install(FILES ${ORBELN_MAN_PAGES} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace restraints {
+namespace predictions {
 
 inline constexpr double kMissing = 999.0;  ///< table values from here on stand for "no value"
 
@@ -19,6 +19,11 @@ struct TorsionRow {
   std::string className;  ///< Strong, Generous, Warn, Dyn, Bad or None
 
   bool hasAngles() const { return phi < kMissing && psi < kMissing; }
+  /// The class without a reference structure. Only Strong and Generous residues can become Bad, and 25
+  /// matches of 25 in one cluster make the difference between the two.
+  std::string ownClass() const {
+    return className != "Bad" ? className : count == 25 ? "Strong" : "Generous";
+  }
 };
 
 /// One row of the chi1 table; angles in degrees. For valine the table's angles and class stand 120 degrees
@@ -52,7 +57,4 @@ std::optional<std::vector<Chi1Row>> loadChi1(const std::string& path, std::strin
 
 double wrapAngle(double degrees);  ///< into (-180, 180]
 
-/// Name of a residue in files that spell types out: "THR"; "UNK" for X, ? and unknown letters.
-const char* threeLetterName(char code);
-
-}  // namespace restraints
+}  // namespace predictions

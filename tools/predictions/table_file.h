@@ -8,10 +8,7 @@
 
 #include "tables/GDB.h"
 
-namespace restraints {
-
-/// The whole of `s` as a finite number; false when it is anything else.
-bool parseNumber(std::string_view s, double& value);
+namespace predictions {
 
 /// A table whose every row has the right number of values, with the line number of each row.
 struct TableFile {
@@ -45,4 +42,4 @@ class RowReader {
   std::string& error;
 };
 
-}  // namespace restraints
+}  // namespace predictions

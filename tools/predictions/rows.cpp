@@ -1,14 +1,14 @@
 // The torsion and chi1 tables of a prediction as typed rows.
-#include "restraints/prediction.h"
+#include "predictions/rows.h"
 
 #include <array>
 #include <cmath>
 #include <string_view>
 #include <utility>
 
-#include "restraints/table_file.h"
+#include "predictions/table_file.h"
 
-namespace restraints {
+namespace predictions {
 
 namespace {
 
@@ -132,54 +132,4 @@ std::optional<std::vector<Chi1Row>> loadChi1(const std::string& path, std::strin
   return rows;
 }
 
-const char* threeLetterName(char code) {
-  switch (code) {
-    case 'A':
-      return "ALA";
-    case 'R':
-      return "ARG";
-    case 'N':
-      return "ASN";
-    case 'D':
-      return "ASP";
-    case 'C':
-    case 'c':
-      return "CYS";
-    case 'Q':
-      return "GLN";
-    case 'E':
-      return "GLU";
-    case 'G':
-      return "GLY";
-    case 'H':
-    case 'h':
-      return "HIS";
-    case 'I':
-      return "ILE";
-    case 'L':
-      return "LEU";
-    case 'K':
-      return "LYS";
-    case 'M':
-      return "MET";
-    case 'F':
-      return "PHE";
-    case 'P':
-    case 'p':
-      return "PRO";
-    case 'S':
-      return "SER";
-    case 'T':
-      return "THR";
-    case 'W':
-      return "TRP";
-    case 'Y':
-      return "TYR";
-    case 'V':
-      return "VAL";
-    default:
-      return "UNK";
-  }
-}
-
-}  // namespace restraints
+}  // namespace predictions

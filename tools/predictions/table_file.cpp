@@ -1,16 +1,15 @@
 // Prediction tables read with every fault named by file and line.
-#include "restraints/table_file.h"
+#include "predictions/table_file.h"
 
 #include <algorithm>
-#include <charconv>
-#include <cmath>
 #include <filesystem>
 #include <fstream>
 
+#include "common/numbers.h"
 #include "tables/tableLines.h"
 #include "tables/text.h"
 
-namespace restraints {
+namespace predictions {
 
 namespace {
 
@@ -92,13 +91,6 @@ class Scan {
 
 }  // namespace
 
-bool parseNumber(std::string_view s, double& value) {
-  if (!s.empty() && s.front() == '+') s.remove_prefix(1);
-  const char* end = s.data() + s.size();
-  const auto [stop, status] = std::from_chars(s.data(), end, value);
-  return status == std::errc{} && stop == end && std::isfinite(value);
-}
-
 std::optional<TableFile> TableFile::load(const std::string& path, const std::vector<std::string>& columns,
                                          std::string& error) {
   std::error_code status;
@@ -153,7 +145,7 @@ std::string RowReader::text(const std::string& column) const {
 double RowReader::number(const std::string& column) {
   double value = 0;
   const std::string& cell = GDB::cell(values, column);
-  if (parseNumber(cell, value)) return value;
+  if (tools::parseNumber(cell, value)) return value;
   fail(column + " is '" + cell + "', not a number");
   return 0;
 }
@@ -161,8 +153,7 @@ double RowReader::number(const std::string& column) {
 int RowReader::integer(const std::string& column) {
   int value = 0;
   const std::string& cell = GDB::cell(values, column);
-  const auto [stop, status] = std::from_chars(cell.data(), cell.data() + cell.size(), value);
-  if (status == std::errc{} && stop == cell.data() + cell.size()) return value;
+  if (tools::parseInteger(cell, value)) return value;
   fail(column + " is '" + cell + "', not a whole number");
   return 0;
 }
@@ -174,4 +165,4 @@ char RowReader::code(const std::string& column) {
   return '?';
 }
 
-}  // namespace restraints
+}  // namespace predictions
