@@ -3,6 +3,7 @@
 
 #include <array>
 
+#include "base/residues.h"
 #include "tables/text.h"
 
 namespace tools {
@@ -165,11 +166,8 @@ const ResidueVariant* findResidueVariant(std::string_view name) {
 }
 
 std::string_view plainResidueName(char code) {
-  if (code == 'c') code = 'C';
-  for (const ResidueVariant& known : kVariants) {
-    if (known.kind == kPlain && known.parent == code) return known.name;
-  }
-  return "UNK";
+  const std::string_view name = threeLetterName(code);
+  return name.empty() ? "UNK" : name;
 }
 
 bool namesMoreThan(std::string_view name, char code) {

@@ -4,6 +4,7 @@
 #include <map>
 #include <set>
 
+#include "base/missing.h"
 #include "convert/assignment.h"
 #include "convert/columns.h"
 #include "convert/names.h"
@@ -214,7 +215,7 @@ class ContentChooser {
     for (std::size_t r = columns_.firstRow; r < cells_.rows.size(); ++r) {
       const auto value = wholeNumber(cell(r, static_cast<int>(c)));
       const std::string atom = atomOf(r);
-      if (!value || *value == 0.0 || *value >= 999.0 || atom.empty()) continue;
+      if (!value || *value == 0.0 || *value >= kMissingLimit || atom.empty()) continue;
       ++rows;
       plausible += plausibleValue(atom, *value) ? 1 : 0;
     }
@@ -246,7 +247,7 @@ class ContentChooser {
     std::vector<double> values;
     for (std::size_t r = columns_.firstRow; r < cells_.rows.size(); ++r) {
       const auto value = wholeNumber(cell(r, static_cast<int>(c)));
-      if (value && *value != 0.0 && *value < 999.0) values.push_back(*value);
+      if (value && *value != 0.0 && isPresent(*value)) values.push_back(*value);
     }
     if (values.empty()) return 0.0;
     const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);

@@ -5,6 +5,7 @@
 #include <set>
 #include <unordered_map>
 
+#include "base/missing.h"
 #include "common/residue_variants.h"
 #include "convert/cells.h"
 #include "convert/conversion.h"
@@ -14,7 +15,6 @@ namespace convert {
 
 namespace {
 
-constexpr double kMissing = 999.0;
 constexpr std::size_t kMostMismatches = 4;  // residues of another type; more mean another chain
 constexpr std::size_t kNamedExamples = 5;
 
@@ -136,7 +136,8 @@ class RowConverter {
                            : "of other atoms");
       return true;
     }
-    if (missing || !std::isfinite(*value) || *value >= kMissing || (*value == 0.0 && entry_.zeroIsMissing)) {
+    if (missing || !std::isfinite(*value) || *value >= kMissingLimit ||
+        (*value == 0.0 && entry_.zeroIsMissing)) {
       conversion_.skip("without a value");
       return true;
     }

@@ -6,6 +6,7 @@
 #include <climits>
 #include <cstdlib>
 
+#include "base/residues.h"
 #include "common/residue_variants.h"
 #include "tables/text.h"
 
@@ -46,7 +47,7 @@ char parentCode(std::string_view name) {
 }
 
 bool isStandard(char code) {
-  return std::string_view("ACDEFGHIKLMNPQRSTVWYc").find(code) != std::string_view::npos;
+  return code == 'c' || kAminoAcids.find(code) != std::string_view::npos;
 }
 
 std::string threeLetterName(char code) {

@@ -1,4 +1,5 @@
 // XEASY/CYANA .prot: number, shift, error, atom, residue number; the sequence stands in a second file.
+#include "base/missing.h"
 #include "convert/names.h"
 #include "convert/readers.h"
 #include "tables/text.h"
@@ -7,7 +8,7 @@ namespace convert {
 
 namespace {
 
-constexpr double kUnassigned = 999.0;
+constexpr double kUnassigned = kMissingLimit;
 
 /// Chain whose .seq holds that residue number.
 const Chain* chainWithResidue(const Entry& entry, const std::string& key) {

@@ -9,6 +9,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "base/missing.h"
 #include "convert/names.h"
 
 namespace convert {
@@ -17,7 +18,6 @@ namespace {
 
 constexpr int kFurthest = 5;        // residues that a list is moved by in trial
 constexpr std::size_t kFewest = 5;  // values or residues below which nothing is said
-constexpr double kMissing = 999.0;
 constexpr double kWorstFit = -2.2;  // log likelihood a value; lists in their right place have about -1.5
 
 struct AtomKind {
@@ -121,7 +121,7 @@ class SenseCheck {
     const auto value = wholeNumber(shift.text);
     if (shift.missing || atom.empty() || !value || !std::isfinite(*value) || *value == 0.0) return;
     if (lines_.count(atom) == 0) lines_[atom] = shift.line;
-    if (*value >= kMissing) {
+    if (*value >= kMissingLimit) {
       large_[atom].push_back(*value);
       return;
     }

@@ -89,7 +89,7 @@ double Chi1Row::probability() const {
 }
 
 double Chi1Row::torsion() const {
-  if (!hasAngle()) return 9999;
+  if (!hasAngle()) return kMissingValue;
   return wrapAngle(code == 'V' ? chi1 + 120.0 : chi1);
 }
 

@@ -6,15 +6,17 @@
 #include <string>
 #include <vector>
 
+#include "base/missing.h"
+
 namespace predictions {
 
-inline constexpr double kMissing = 999.0;  ///< table values from here on stand for "no value"
+inline constexpr double kMissing = kMissingLimit;  ///< table values from here on stand for "no value"
 
 /// One row of the summary table; angles in degrees, 9999 = no prediction.
 struct TorsionRow {
   int resid = 0;
   char code = '?';
-  double phi = 9999, psi = 9999, dphi = 0, dpsi = 0, dist = 0, s2 = 0;
+  double phi = kMissingValue, psi = kMissingValue, dphi = 0, dpsi = 0, dist = 0, s2 = 0;
   int count = 0, csCount = 0;
   std::string className;  ///< Strong, Generous, Warn, Dyn, Bad or None
 
@@ -35,7 +37,7 @@ struct Chi1Row {
   std::optional<double> observed;  ///< of the reference structure; true torsion also for valine
   double gm = 0, gp = 0, t = 0;    ///< probabilities of g-, g+ and t
   std::string className;           ///< g-, g+, t or na
-  double chi1 = 9999, dchi1 = 9999;
+  double chi1 = kMissingValue, dchi1 = kMissingValue;
 
   bool hasAngle() const { return className != "na" && chi1 < kMissing; }
   /// Probability of the row's class; 0 for na.

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "base/missing.h"
 #include "predictions/input_notes.h"
 #include "report/check_log.h"
 #include "tables/PDB.h"
@@ -33,7 +34,8 @@ void loadReference(const std::string& file, ReportData& data) {
   std::size_t common = 0;
   for (Residue& r : data.residues) {
     const auto angle = [](float value) {
-      return value < 999.0F && std::isfinite(value) ? std::optional<double>(value) : std::nullopt;
+      return isPresent(static_cast<double>(value)) && std::isfinite(value) ? std::optional<double>(value)
+                                                                           : std::nullopt;
     };
     r.referencePhi = angle(structure.getPhi(1, r.resid));
     r.referencePsi = angle(structure.getPsi(1, r.resid));

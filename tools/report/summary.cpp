@@ -5,6 +5,7 @@
 #include <cmath>
 #include <string_view>
 
+#include "base/angles.h"
 #include "predictions/names.h"
 #include "report/svg.h"
 
@@ -180,10 +181,7 @@ void addReference(const ReportData& data, std::vector<Statement>& out) {
 }  // namespace
 
 double angleDifference(double a, double b) {
-  double d = a - b;
-  if (d > 180) d -= 360;
-  if (d < -180) d += 360;
-  return d;
+  return wrapOnce(a - b);
 }
 
 std::array<std::pair<const char*, int>, 6> countClasses(const ReportData& data) {
