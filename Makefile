@@ -2,9 +2,10 @@
 SHELL := bash
 DEMO := build/demo
 RELEASE := build/release
+SECONDS := 60
 SOURCES = $(shell git ls-files -co --exclude-standard '*.cpp' '*.h')
 
-.PHONY: help demo test build debug-test bench installation checksums data-table format format-check tidy deps clean
+.PHONY: help demo test build debug-test bench installation checksums data-table format format-check tidy fuzz deps clean
 
 help: ## list the targets
 	@awk -F ':.*## ' '/^[a-z-]+:.*## / {printf "  make %-14s %s\n", $$1, $$2}' Makefile
@@ -62,6 +63,9 @@ tidy: deps ## static analysis of the program (clang-tidy)
 	@cmake --preset release >/dev/null
 	@printf '%s\n' $(wildcard src/*/*.cpp) | \
 	  xargs -P 2 -n 1 clang-tidy --quiet --extra-arg=-Wno-unknown-warning-option -p $(RELEASE)
+
+fuzz: build ## fuzz every reader: make fuzz SECONDS=60 HARNESS="table convert-nef" (all of them)
+	@scripts/fuzz.sh "$(SECONDS)" $(HARNESS)
 
 deps:
 	@.ci/dependencies

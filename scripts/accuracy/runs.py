@@ -8,16 +8,20 @@ import sys
 import tempfile
 
 import numpy as np
-
 from accuracy import proteins
 
 # title; which shifts are kept (function of protein name and table); program options
 Variant = collections.namedtuple("Variant", "title keep options")
 VARIANTS = {
     "observed": Variant("all observed shifts", lambda name, text: text, ()),
-    "no-1H": Variant("no 1H (`-noproton`)", lambda name, text: proteins.only_atoms(text, {"N", "C", "CA", "CB"}),
-                     ("-noproton",)),
-    "CA-CB-N-HN": Variant("CA CB N HN only", lambda name, text: proteins.only_atoms(text, {"CA", "CB", "N", "HN"}), ()),
+    "no-1H": Variant(
+        "no 1H (`-noproton`)",
+        lambda name, text: proteins.only_atoms(text, {"N", "C", "CA", "CB"}),
+        ("-noproton",),
+    ),
+    "CA-CB-N-HN": Variant(
+        "CA CB N HN only", lambda name, text: proteins.only_atoms(text, {"CA", "CB", "N", "HN"}), ()
+    ),
     "missing-20": Variant("20 % missing at random", proteins.random_missing, ()),
     "HN-N": Variant("HN and N only", lambda name, text: proteins.only_atoms(text, {"HN", "N"}), ()),
 }
@@ -49,11 +53,14 @@ def run(program, files, arguments):
         for name, content in files.items():
             with open(os.path.join(folder, name), "wb") as handle:
                 handle.write(content)
-        result = subprocess.run([program, *arguments], cwd=folder, capture_output=True, text=True, errors="replace",
-                                check=False)
+        result = subprocess.run(
+            [program, *arguments], cwd=folder, capture_output=True, text=True, errors="replace", check=False
+        )
         tables = [read_rows(os.path.join(folder, f"pred{part}.tab")) for part in ("", "SS", "Chi1", "S2")]
     last = (result.stderr.strip().splitlines() or ["no message"])[-1].strip()
-    return Output(*tables, "" if result.returncode == 0 and tables[1] else f"status {result.returncode}: {last}")
+    return Output(
+        *tables, "" if result.returncode == 0 and tables[1] else f"status {result.returncode}: {last}"
+    )
 
 
 def predict(program, text, options):
@@ -67,7 +74,8 @@ def predict_from_profile(program, text, checkpoint):
 
 
 def pseudo_checkpoint(sequence):
-    """Checkpoint of a sequence without relatives: a column holds the frequencies that substitution scores predict."""
+    """Checkpoint of a sequence without relatives: a column holds the frequencies that substitution scores
+    predict."""
     training = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "training")
     if training not in sys.path:
         sys.path.append(training)
