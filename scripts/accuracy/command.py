@@ -162,7 +162,10 @@ def observed_sections(figures, folder, name):
     )
     if rows:
         pictures.draw_distance(os.path.join(folder, name + "-distance.svg"), rows)
-        yield "Error and DIST", f"![Error against DIST]({name}-distance.svg)\n\n" + report.distance(rows)
+        scores = figures.by_distance(report.SCORE_BINS, scored=True)
+        tables = [report.distance(rows, "distance")] + ([report.distance(scores, "score")] if scores else [])
+        picture = f"![Error against DIST]({name}-distance.svg)"
+        yield "Error and DIST", "\n\n".join([report.DIST_KINDS, picture, *tables])
     if called and structure:
         pictures.draw_reliability(
             os.path.join(folder, name + "-reliability.svg"),

@@ -116,11 +116,11 @@ class Figures:
             for true in "HEL"
         ]
 
-    def by_distance(self, bins):
-        """Accepted residues in `bins` groups of equal size by DIST: [low, high, median,
-        residues, RMSD phi, RMSD psi, wrong]."""
+    def by_distance(self, bins, scored=False):
+        """Accepted residues whose DIST is a distance (or a score) in `bins` groups of equal size by it: [low,
+        high, median, residues, RMSD phi, RMSD psi, wrong]."""
         r = self.results
-        where = r.accepted & np.isfinite(r.dist)
+        where = r.accepted & np.isfinite(r.dist) & (r.scored == scored)
         if where.sum() < bins:
             return []
         edges = np.quantile(r.dist[where], np.linspace(0.0, 1.0, bins + 1))

@@ -107,7 +107,7 @@ def draw_distance(path, rows):
     medians = [row[2] for row in rows]
     margin = 0.04 * (medians[-1] - medians[0]) or 0.5
     span = (medians[0] - margin, medians[-1] + margin)
-    label = "DIST, median of a tenth of the predictions"
+    label = "DIST (distances), median of a tenth of them"
     errors = Panel(0, "Error by DIST", label, "RMSD, degrees", span, (0.0, 30.0))
     errors.series("one", list(zip(medians, (row[4] for row in rows))), "phi", 0)
     errors.series("two", list(zip(medians, (row[5] for row in rows))), "psi", 1)

@@ -10,6 +10,7 @@ STATE_NAMES = {"H": "helix", "E": "strand", "L": "coil"}
 TENTHS = [k / 10.0 for k in range(11)]
 CLASS_EDGES = [0.6, 0.7, 0.8, 0.9, 1.0]
 DISTANCE_BINS = 10
+SCORE_BINS = 3
 # Goals of this installation: (what, variant, part of the headline figures, figure, at least or at most,
 # value, unit)
 GOALS = (
@@ -164,9 +165,14 @@ def shift_count_groups(r):
     ]
 
 
-def distance(rows):
+DIST_KINDS = """DIST is the mean over the matches of either a distance (small is good) or, where fewer than 25
+fragments fit the predicted map, of the score that they were chosen by (high is good); see COLUMNS.md. The picture
+shows distances."""
+
+
+def distance(rows, head):
     return table(
-        ("DIST", "residues", "RMSD phi", "RMSD psi", "wrong %"),
+        (head, "residues", "RMSD phi", "RMSD psi", "wrong %"),
         [(f"{row[0]:.2f} to {row[1]:.2f}", row[3], cell(row[4]), cell(row[5]), cell(row[6])) for row in rows],
     )
 

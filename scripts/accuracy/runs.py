@@ -28,7 +28,7 @@ VARIANTS = {
 CHECKPOINT = ("-seqSS", "-blast_check", "in.check", "-in", "in.tab")
 CHECKPOINT_ORDER = "ARNDCQEGHILKMFPSTWYV"
 
-Output = collections.namedtuple("Output", "torsions structure chi1 order failure")
+Output = collections.namedtuple("Output", "torsions structure chi1 order scored failure")
 
 
 def read_rows(path):
@@ -46,6 +46,23 @@ def read_rows(path):
     return rows
 
 
+def scored_residues(path):
+    """Residues whose DIST is a matching score and no distance: the lowest of their matches in the table of all
+    matches is not positive (docs/COLUMNS.md)."""
+    scored, columns = set(), []
+    if not os.path.exists(path):
+        return scored
+    with open(path) as handle:
+        for line in handle:
+            words = line.split()
+            if words[:1] == ["VARS"]:
+                columns = words[1:]
+            elif columns and len(words) == len(columns) and words[0].isdigit():
+                if float(words[columns.index("DIST")]) <= 0.0:
+                    scored.add(int(words[columns.index("RESID_Q_CENTER")]))
+    return scored
+
+
 def run(program, files, arguments):
     """Runs the program in a folder of its own that holds `files` (name -> bytes)."""
     # Option values cannot hold a hyphen, so the inputs are named relative to the folder.
@@ -57,9 +74,10 @@ def run(program, files, arguments):
             [program, *arguments], cwd=folder, capture_output=True, text=True, errors="replace", check=False
         )
         tables = [read_rows(os.path.join(folder, f"pred{part}.tab")) for part in ("", "SS", "Chi1", "S2")]
+        scored = scored_residues(os.path.join(folder, "predAll.tab"))
     last = (result.stderr.strip().splitlines() or ["no message"])[-1].strip()
     return Output(
-        *tables, "" if result.returncode == 0 and tables[1] else f"status {result.returncode}: {last}"
+        *tables, scored, "" if result.returncode == 0 and tables[1] else f"status {result.returncode}: {last}"
     )
 
 
@@ -79,7 +97,7 @@ def pseudo_checkpoint(sequence):
     training = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "training")
     if training not in sys.path:
         sys.path.append(training)
-    import literature  # BLOSUM62 in half bits and background frequencies
+    from reference import literature  # BLOSUM62 in half bits and background frequencies
 
     background = np.array([literature.BACKGROUND[code] for code in CHECKPOINT_ORDER])
     content = struct.pack("=i", len(sequence)) + sequence.encode()
