@@ -9,18 +9,7 @@ time=$1
 shift
 case $time in '' | *[!0-9]*) echo "fuzz: '$time' is no number of seconds" >&2; exit 2 ;; esac
 
-missing=()
-command -v clang++ >/dev/null || missing+=(clang)
-[ -f "$(clang++ --print-runtime-dir 2>/dev/null)/libclang_rt.fuzzer-$(uname -m).a" ] || missing+=(libclang-rt-dev)
-command -v python3 >/dev/null || missing+=(python3)
-if [ ${#missing[@]} -gt 0 ]; then
-  echo "Installing ${missing[*]} ..."
-  sudo=()
-  if [ "$(id -u)" -ne 0 ]; then sudo=(sudo); fi
-  "${sudo[@]}" apt-get update -qq >/dev/null
-  "${sudo[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
-fi
-
+.ci/dependencies fuzz
 cmake --preset fuzz >/dev/null
 cmake --build --preset fuzz
 work=build/fuzz

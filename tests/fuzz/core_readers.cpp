@@ -112,7 +112,8 @@ void readTriplets(const std::string&, std::string_view input) {
   }
   for (const auto& ids : library.nameIds) {
     for (const int id : ids) {
-      require(id >= 0 && static_cast<std::size_t>(id) < library.names.size(), "every name is one of the list");
+      require(id >= 0 && static_cast<std::size_t>(id) < library.names.size(),
+              "every name is one of the list");
     }
   }
 }
@@ -142,9 +143,9 @@ void readCommandLine(const std::string&, std::string_view input) {
 }  // namespace
 
 std::vector<Harness> coreHarnesses() {
-  return {{"table", readTable},         {"weights", readWeights},       {"database", readDatabase},
-          {"triplets", readTriplets},   {"structure", readStructure},   {"checkpoint", readCheckpoint},
-          {"shifts", takeShifts},       {"numbers", readNumbers},       {"command_line", readCommandLine}};
+  return {{"table", readTable},       {"weights", readWeights},     {"database", readDatabase},
+          {"triplets", readTriplets}, {"structure", readStructure}, {"checkpoint", readCheckpoint},
+          {"shifts", takeShifts},     {"numbers", readNumbers},     {"command_line", readCommandLine}};
 }
 
 }  // namespace fuzz

@@ -1,6 +1,8 @@
-// One harness per reader: arbitrary bytes in, no crash, no hang, and what the reader promises about its result.
+// One harness per reader: arbitrary bytes in, no crash, no hang, and what the reader promises about its
+// result.
 //
-// `make fuzz` drives them with libFuzzer; the suite replays tests/fuzz/regressions through the same functions.
+// `make fuzz` drives them with libFuzzer; the suite replays tests/fuzz/regressions through the same
+// functions.
 #pragma once
 
 #include <string>
@@ -39,7 +41,8 @@ class MemoryFile {
 /// A scratch folder in memory, one per process, where harnesses write.
 const std::string& scratchFolder();
 
-/// Several files in one input: each begins behind a line "%%% NAME"; what stands before the first is named "".
+/// Several files in one input: each begins behind a line "%%% NAME"; what stands before the first is named
+/// "".
 std::vector<std::pair<std::string, std::string>> sections(std::string_view input);
 
 }  // namespace fuzz

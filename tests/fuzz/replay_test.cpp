@@ -1,5 +1,5 @@
-// Inputs that once showed a fault, through the harness of their reader. Each runs in a process of its own, since
-// some readers end theirs; the two statuses are those of the readers, a sanitizer's is another.
+// Inputs that once showed a fault, through the harness of their reader. Each runs in a process of its own,
+// since some readers end theirs; the two statuses are those of the readers, a sanitizer's is another.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/wait.h>

@@ -29,8 +29,8 @@ void requireSound(const convert::Conversion& conversion) {
   }
 }
 
-/// "convert-nef" reads as NEF, "convert" as what the content looks like. A section "sequence" is a FASTA or .seq
-/// file beside it.
+/// "convert-nef" reads as NEF, "convert" as what the content looks like. A section "sequence" is a FASTA or
+/// .seq file beside it.
 void convertShifts(const std::string& name, std::string_view input) {
   convert::Settings settings;
   if (name != kConverter) settings.format = name.substr(kConverter.size() + 1);
@@ -102,11 +102,8 @@ void readArguments(const std::string&, std::string_view input) {
   std::vector<std::string> words;
   std::istringstream lines{std::string(input)};
   for (std::string word; std::getline(lines, word);) words.push_back(word);
-  const tools::Program program{"orbeln-x",
-                               "FILE",
-                               "",
-                               {{"--output", "-o", "FILE", ""}, {"--quiet", "-q", "", ""}},
-                               ""};
+  const tools::Program program{
+      "orbeln-x", "FILE", "", {{"--output", "-o", "FILE", ""}, {"--quiet", "-q", "", ""}}, ""};
   tools::parseArguments(program, words);
 }
 
