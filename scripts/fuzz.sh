@@ -37,7 +37,7 @@ for name in "${harnesses[@]}"; do
     status=1
   }
   executions=$(sed -n 's/^stat::number_of_executed_units: *//p' "$log")
-  coverage=$(grep -o 'cov: [0-9]*' "$log" | tail -n 1)
+  coverage=$(grep -o 'cov: [0-9]*' "$log" | tail -n 1 || true)
   printf '%-18s %10s inputs  %-12s %s\n' "$name" "${executions:-?}" "$coverage" "$outcome"
 done
 exit $status

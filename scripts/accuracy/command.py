@@ -165,7 +165,9 @@ def observed_sections(figures, folder, name):
         scores = figures.by_distance(report.SCORE_BINS, scored=True)
         tables = [report.distance(rows, "distance")] + ([report.distance(scores, "score")] if scores else [])
         picture = f"![Error against DIST]({name}-distance.svg)"
-        yield "Error and DIST", "\n\n".join([report.DIST_KINDS, picture, *tables])
+        yield "Error and DIST", "\n\n".join(
+            [report.DIST_KINDS, picture, *(table.rstrip() for table in tables)]
+        )
     if called and structure:
         pictures.draw_reliability(
             os.path.join(folder, name + "-reliability.svg"),
