@@ -1,7 +1,8 @@
 // The readers of the program itself: tables, weights, database, structure, checkpoint, shift intake, numbers.
 #include <algorithm>
+#include <bit>
+#include <cstdint>
 #include <cstdlib>
-#include <cstring>
 #include <memory>
 
 #include "ann/ANN.h"
@@ -124,7 +125,8 @@ void readNumbers(const std::string&, std::string_view input) {
   for (const std::string_view word : text::split_WhiteSpace(all)) {
     const std::string cell(word);
     const double own = text::toDouble(cell), standard = std::strtod(cell.c_str(), nullptr);
-    require(std::memcmp(&own, &standard, sizeof own) == 0, "toDouble reads as strtod");
+    require(std::bit_cast<std::uint64_t>(own) == std::bit_cast<std::uint64_t>(standard),
+            "toDouble reads as strtod");
     require(text::toInt(cell) == static_cast<std::int32_t>(std::strtol(cell.c_str(), nullptr, 10)),
             "toInt reads as strtol");
   }
