@@ -2,9 +2,12 @@
 SHELL := bash
 DEMO := build/demo
 RELEASE := build/release
+SECONDS := 60
+PYTHON_FOLDERS := training scripts tests/training
+TIDY = $(shell git ls-files -co --exclude-standard 'src/*.cpp' 'tools/*.cpp' 'tests/*.cpp' | grep -v '^tests/fuzz/libfuzzer/')
 SOURCES = $(shell git ls-files -co --exclude-standard '*.cpp' '*.h')
 
-.PHONY: help demo test build debug-test bench installation checksums data-table format format-check tidy deps clean
+.PHONY: help demo test build debug-test bench installation checksums data-table format format-check tidy fuzz check-tools deps clean
 
 help: ## list the targets
 	@awk -F ':.*## ' '/^[a-z-]+:.*## / {printf "  make %-14s %s\n", $$1, $$2}' Makefile
@@ -52,16 +55,26 @@ checksums: ## write data/SHA256SUMS after the tables in data/ have changed
 data-table: build ## rewrite the table list of docs/DATA.md from the built installation
 	@scripts/data_table.py --install $(RELEASE)/install --dump $(RELEASE)/orbeln-dump --data data docs/DATA.md
 
-format: ## reformat every source file
+format: check-tools ## reformat every source file
 	@clang-format -i $(SOURCES)
+	@isort -q $(PYTHON_FOLDERS)
+	@black -q $(PYTHON_FOLDERS)
 
-format-check: ## fail when a source file is not in the house format
+format-check: check-tools ## fail when a source file is not in the house format
 	@clang-format --dry-run -Werror $(SOURCES)
+	@isort -q --check $(PYTHON_FOLDERS)
+	@black -q --check $(PYTHON_FOLDERS)
 
-tidy: deps ## static analysis of the program (clang-tidy)
+tidy: deps check-tools ## static analysis: clang-tidy over src, tools, tests; flake8 over the Python code
 	@cmake --preset release >/dev/null
-	@printf '%s\n' $(wildcard src/*/*.cpp) | \
-	  xargs -P 2 -n 1 clang-tidy --quiet --extra-arg=-Wno-unknown-warning-option -p $(RELEASE)
+	@flake8 $(PYTHON_FOLDERS)
+	@printf '%s\n' $(TIDY) | xargs -P 2 -n 1 clang-tidy --quiet --extra-arg=-Wno-unknown-warning-option -p $(RELEASE)
+
+fuzz: build ## fuzz every reader: make fuzz SECONDS=60 HARNESS="table convert-nef" (all of them)
+	@scripts/fuzz.sh "$(SECONDS)" $(HARNESS)
+
+check-tools:
+	@.ci/dependencies check
 
 deps:
 	@.ci/dependencies
