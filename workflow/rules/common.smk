@@ -1,13 +1,14 @@
 # Settings and functions of the workflow. What the rules do is in the Python package orbeln.batch.
 import json
 import os
+import sys
 
 from snakemake.exceptions import WorkflowError
 
 _PACKAGE = Path(workflow.basedir).parent / "python"
 if (_PACKAGE / "orbeln").is_dir():  # in the source tree; else the installed package is taken
     sys.path.insert(0, str(_PACKAGE))
-    os.environ["PYTHONPATH"] = os.pathsep.join(filter(None, [str(_PACKAGE), os.environ.get("PYTHONPATH")]))
+    os.environ.update(PYTHONPATH=os.pathsep.join(filter(None, [str(_PACKAGE), os.getenv("PYTHONPATH")])))
 
 from orbeln import OrbelnError, Programs
 from orbeln.batch import collect as collecting
@@ -27,6 +28,14 @@ except OrbelnError as error:
 def at(name):
     """A path in the results folder."""
     return name if RESULTS == "." else os.path.join(RESULTS, name)
+
+
+def results_folder(wildcards):
+    return RESULTS
+
+
+def python(wildcards):
+    return sys.executable
 
 
 def settings_text():

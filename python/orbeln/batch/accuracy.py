@@ -13,35 +13,13 @@ from ..errors import OrbelnError
 
 # Boxes of 20 degrees (18 x phi index + psi index) that are densely populated: 60 degrees off is wrong there, 80 in
 # the others.
-_DENSE = (
-    33,
-    34,
-    35,
-    50,
-    51,
-    52,
-    53,
-    62,
-    68,
-    69,
-    70,
-    71,
-    78,
-    79,
-    80,
-    81,
-    86,
-    87,
-    88,
-    89,
-    95,
-    96,
-    97,
-    98,
-    99,
-    104,
-)
-_DENSE += (105, 106, 107, 113, 114, 115, 116, 123, 124, 132, 133)
+_DENSE = [
+    int(box)
+    for box in """
+33 34 35 50 51 52 53 62 68 69 70 71 78 79 80 81 86 87 88 89 95 96 97 98 99 104
+105 106 107 113 114 115 116 123 124 132 133
+""".split()
+]
 _NEEDED = ("protein", "resid", "phi", "psi")
 _STATES = {**dict.fromkeys("HGI", "H"), **dict.fromkeys("EB", "E")}  # DSSP letters; any other is coil
 

@@ -14,20 +14,8 @@ from .files import read_json, write_json, write_text
 from .index import page
 
 CLASSES = ("Strong", "Generous", "Warn", "Dyn", "None")
-COLUMNS = (
-    "id",
-    "name",
-    "file",
-    "residues",
-    "shifts",
-    "accepted",
-    *CLASSES,
-    "helix",
-    "strand",
-    "chi1",
-    "offsets",
-)
-COLUMNS += ("outliers", "seconds", "cpu_seconds", "installation")
+_COUNTS = ("residues", "shifts", "accepted", *CLASSES, "helix", "strand", "chi1", "offsets", "outliers")
+COLUMNS = ("id", "name", "file", *_COUNTS, "seconds", "cpu_seconds", "installation")
 
 
 def table_name(kind: str) -> str:

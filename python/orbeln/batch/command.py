@@ -16,9 +16,9 @@ from .files import locked, read_json, remove, write_json
 from .plan import read_inputs, settings_of
 
 _DESCRIPTION = """Predicts many entries: a folder of shift files, a list of paths, or a table (.tsv or .csv with the
-column file). Every entry gets a folder RESULTS/entries/NAME; RESULTS/index.html, entries.tsv, failures.tsv and one table
-of all residues are about all of them. Run the same command again after an interruption, a full disk or new inputs: what
-is done is not done again. Settings: config/config.yaml of the workflow; words after -- go to snakemake."""
+column file). Every entry gets a folder RESULTS/entries/NAME; RESULTS/index.html, entries.tsv, failures.tsv and one
+table of all residues are about all of them. Run the same command again after an interruption, a full disk or new
+inputs: what is done is not done again. Settings: config/config.yaml of the workflow; words after -- go to snakemake."""
 _PLACES = (
     os.path.join(os.path.dirname(__file__), "..", "..", "..", "workflow"),
     os.path.join(sys.prefix, "share", "orbeln", "workflow"),
@@ -160,9 +160,8 @@ def _report(shown: str, results: str, status: int) -> int:
             file=sys.stderr,
         )
         return status or 1
-    print(
-        f"{batch['done']} of {batch['entries']} entries done, {batch['failed']} failed: {os.path.join(shown, 'index.html')}"
-    )
+    page = os.path.join(shown, "index.html")
+    print(f"{batch['done']} of {batch['entries']} entries done, {batch['failed']} failed: {page}")
     return 0
 
 

@@ -85,8 +85,8 @@ def page(batch: dict[str, Any], rows: list[dict[str, Any]], failed: list[dict[st
 <html lang="en"><head><meta charset="utf-8"><title>ORBEL-N batch: {batch['done']} entries</title>
 <style>{_STYLE}</style></head><body><h1>ORBEL-N batch</h1>
 <p>{batch['done']} of {batch['entries']} entries, {batch['residues']} residues, finished {batch['finished']}.
-{batch['failed']} failed. Tables: <a href="entries.tsv">entries.tsv</a>, <a href="failures.tsv">failures.tsv</a>, <a href="{table}">{table}</a>.
-Installation {_escape(', '.join(batch['installations']))}.</p>{mixed}{accuracy}
+{batch['failed']} failed. Tables: <a href="entries.tsv">entries.tsv</a>, <a href="failures.tsv">failures.tsv</a>,
+<a href="{table}">{table}</a>. Installation {_escape(', '.join(batch['installations']))}.</p>{mixed}{accuracy}
 <p><label>Filter <input id="filter" placeholder="part of a name"></label> Click a heading to sort.</p>
 <table id="entries"><thead><tr>{heads}</tr></thead><tbody>
 {chr(10).join(_entry(row) for row in rows)}

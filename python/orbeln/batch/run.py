@@ -63,6 +63,7 @@ def _one(
     target = os.path.join(results, "entries", entry["id"])
     record = finished(target, fingerprint(entry, settings, known["id"]))
     if record is not None:
+        _say(f"{entry['id']}: {record['status']} before")
         return record
     _check_space(results, settings["min_free_mb"])
     _check_installation(known, programs)
