@@ -181,7 +181,7 @@ def test_full_disk_keeps_nothing_half(tmp_path, shifts, monkeypatch, capsys):
     free = iter([500.0, 500.0, 500.0, 3.0])  # before and after each entry: full when the second has run
     monkeypatch.setattr(run, "free_megabytes", lambda folder: next(free))
     assert run.main([str(results), "00001"]) == run.STOPPED
-    assert "only 3 MB are free" in capsys.readouterr().out
+    assert "only 3.0 MB are free" in capsys.readouterr().out
     assert os.listdir(results / "entries") == ["a_b_c"] and list((results / "work").iterdir()) == []
     monkeypatch.undo()
     assert run.main([str(results), "00001"]) == 0 and len(group(results)) == 3

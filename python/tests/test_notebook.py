@@ -15,4 +15,8 @@ def test_example_notebook(tmp_path, monkeypatch):
     shown = [output["data"].get("text/html", "") for output in outputs if "data" in output]
     printed = "".join(output.get("text", "") for output in outputs)
     assert len(pictures) == 2 and any("70 Strong" in text for text in shown)
-    assert "PHI" in printed and "ConversionError - ubiquitin/README.md:1: " in printed and "accepted; median change" in printed
+    assert (
+        "PHI" in printed
+        and "ConversionError - ubiquitin/README.md:1: " in printed
+        and "accepted; median change" in printed
+    )

@@ -3,7 +3,9 @@
 import concurrent.futures
 import os
 import pickle
+import shutil
 import subprocess
+import sys
 
 import numpy as np
 import pandas as pd
@@ -209,8 +211,52 @@ def test_trust_is_none_until_there_is_a_table(ubiquitin, programs, tmp_path, no_
 def test_package_is_typed_and_imports_lazily():
     code = "import sys, orbeln, orbeln.batch.run; assert 'pandas' not in sys.modules; orbeln.predict"
     subprocess.run(
-        [os.sys.executable, "-c", code], check=True, env=dict(os.environ, PYTHONPATH=str(ROOT / "python"))
+        [sys.executable, "-c", code], check=True, env=dict(os.environ, PYTHONPATH=str(ROOT / "python"))
     )
     assert (ROOT / "python" / "orbeln" / "py.typed").exists()
     for name in orbeln.__all__:
         assert getattr(orbeln, name).__doc__, name
+
+
+@pytest.mark.parametrize("kind", ["pip", "deb"])
+def test_installed_package_is_complete(kind, tmp_path, programs):
+    """Every module and the marker of types, and outside of the source tree it finds the programs by ORBELN_BIN."""
+    if kind == "deb":
+        if shutil.which("dpkg-deb") is None:
+            pytest.skip("no dpkg-deb")
+        subprocess.run([ROOT / "python" / "make_deb.sh", tmp_path], check=True, capture_output=True)
+        (package,) = tmp_path.glob("python3-orbeln_*_all.deb")
+        subprocess.run(["dpkg-deb", "-x", package, tmp_path], check=True)
+        target = tmp_path / "usr" / "lib" / "python3" / "dist-packages"
+        workflow = tmp_path / "usr" / "share" / "orbeln" / "workflow"
+        assert {"Snakefile", "rules", "config", "profiles", "envs"} <= set(os.listdir(workflow))
+    else:
+        pytest.importorskip("pip")
+        source, target = tmp_path / "source", tmp_path / "site"
+        shutil.copytree(ROOT / "python", source)
+        words = [
+            "install",
+            "--quiet",
+            "--no-build-isolation",
+            "--no-deps",
+            "--no-index",
+            "--target",
+            target,
+            source,
+        ]
+        subprocess.run([sys.executable, "-m", "pip", *words], check=True, capture_output=True)
+    own = {path.relative_to(ROOT / "python") for path in (ROOT / "python" / "orbeln").rglob("*.py")}
+    assert (
+        own <= {path.relative_to(target) for path in target.rglob("*.py")}
+        and (target / "orbeln" / "py.typed").exists()
+    )
+    code = f"import orbeln; orbeln.predict({str(UBIQUITIN)!r}).summary(); print(orbeln.__file__)"
+    environment = {
+        "PATH": "/usr/bin:/bin",
+        "PYTHONPATH": str(target),
+        "ORBELN_BIN": os.path.dirname(programs.path("orbeln")),
+    }
+    done = subprocess.run(
+        [sys.executable, "-c", code], cwd=tmp_path, env=environment, capture_output=True, text=True
+    )
+    assert done.stdout.startswith(str(target)), done.stderr

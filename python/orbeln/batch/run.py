@@ -21,6 +21,7 @@ from .files import FULL, free_megabytes, locked, read_json, remove, write_json, 
 from .plan import VERSION
 
 STOPPED = 1
+LEFT_MB = 5  # less than this after an entry means that the disk may have been full while it was made
 
 
 class Stop(Exception):
@@ -74,7 +75,7 @@ def _one(
     os.makedirs(folder)
     record = run_entry(entry, settings, programs, folder, known["id"], attempts)
     # What a disk that ran full, or tables that changed under the programs, left behind is not kept.
-    _check_space(results, min(settings["min_free_mb"], 20))
+    _check_space(results, LEFT_MB)
     _check_installation(known, programs)
     _move_in(folder, target)
     words = (
