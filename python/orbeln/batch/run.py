@@ -35,9 +35,7 @@ def _say(text: str) -> None:
 def _check_space(results: str, least: int) -> None:
     free = free_megabytes(results)
     if free < least:
-        raise Stop(
-            f"only {free:.0f} MB are free in {results}, min_free_mb is {least}: make room and run again"
-        )
+        raise Stop(f"only {free:.1f} MB are free in {results}, {least} are wanted: make room and run again")
 
 
 def _check_installation(known: dict[str, Any], programs: Programs) -> None:
