@@ -19,15 +19,16 @@ import orbeln
 from orbeln.batch import command
 
 ENVIRONMENT = dict(os.environ, PYTHONPATH=str(ROOT / "python"))
-ENTRIES = 5
+NAMES = ("entry-0 x", "entry-1 x", "-lead", 'a{b}\'s "$(touch y)"', "new\nline é")  # of files that users have
+ENTRIES = len(NAMES)
 
 
 @pytest.fixture
 def shifts(tmp_path):
     folder = tmp_path / "shift lists-2026"
     folder.mkdir()
-    for number in range(ENTRIES):
-        write_part(folder / f"entry-{number} x.tab", 20 + number)
+    for number, name in enumerate(NAMES):
+        write_part(folder / f"{name}.tab", 20 + number)
     (folder / "bad.str").write_text("nothing\n")
     return folder
 
@@ -76,7 +77,7 @@ def wait_for_entries(results, number):
 
 def rows(path):
     with open(path, newline="") as handle:
-        return list(csv.DictReader(handle, delimiter="\t"))
+        return list(csv.DictReader(handle, delimiter="\t", quoting=csv.QUOTE_NONE))
 
 
 def test_killed_interrupted_and_finished(tmp_path, shifts):

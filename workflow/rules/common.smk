@@ -38,30 +38,26 @@ def python(wildcards):
     return sys.executable
 
 
-def settings_text():
+def settings_text(wildcards):
     """The settings that decide results, as text in a fixed order."""
     chosen = {key: config.get(key, default) for key, default in planning.DEFAULTS.items()}
     return json.dumps({**chosen, "inputs": str(config["inputs"])}, sort_keys=True)
 
 
-def installation_stamps():
+def installation_stamps(wildcards):
     try:
         return json.dumps(identity.stamps(Programs.find()), sort_keys=True)
     except (OrbelnError, OSError) as error:
         raise WorkflowError(str(error))
 
 
-def existing_inputs(wildcards):
-    """Every input file that is there; one that is missing fails as an entry and stops nothing."""
-    source = str(config["inputs"])
+def input_stamps(wildcards):
+    """Changes with every input that is added, removed or changed. The files are no inputs of the rule: one that is missing
+    fails as an entry and stops nothing, and names with braces mean something else to the workflow."""
     try:
-        rows = planning.read_inputs(source)
-    except OrbelnError as error:
+        return planning.input_stamps(str(config["inputs"]))
+    except (OrbelnError, OSError) as error:
         raise WorkflowError(str(error))
-    files = [] if os.path.isdir(source) else [source]
-    files += [row[key] for row in rows for key in ("file", "sequence") if row.get(key) and os.path.isfile(row[key])]
-    # Snakemake takes a leading or trailing blank and a line break in a name as a mistake: such names are not watched.
-    return sorted({name for name in files if name.strip() == name and "\n" not in name and name.isprintable()})
 
 
 def group_files(ending):

@@ -14,10 +14,12 @@ from typing import Any, Optional
 from ..errors import OrbelnError
 from ..programs import Programs, Run, message_of
 from .files import read_json, sha256, write_json
+from .plan import sequence_files
 
 RECORD = "entry.json"
 ATTEMPTS = 3  # an entry whose program is killed from outside this often counts as failed
 _ENDED_FROM_OUTSIDE = (signal.SIGKILL, signal.SIGTERM, signal.SIGINT, signal.SIGHUP, signal.SIGXCPU)
+_NO_ROOM = ("No space left on device", "Disk quota exceeded", "Input/output error")
 _RESTRAINTS = {"xplor": "restraints.tbl", "cyana": "restraints.aco", "nef": "restraints.nef"}
 _TABLES = [f"pred{part}.tab" for part in ("", "All", "Chi1", "SS", "S2", "ABP", "AdjCS")]
 
@@ -30,22 +32,13 @@ class StepFailed(Exception):
         self.step, self.reason, self.outside = step, reason, outside
 
 
-def sequence_beside(entry: dict[str, str]) -> Optional[str]:
-    """The sequence file of an entry: the one given, else NAME.fasta or NAME.fa beside it."""
-    if entry.get("sequence"):
-        return entry["sequence"]
-    stem = os.path.splitext(entry["file"])[0]
-    return next((stem + ending for ending in (".fasta", ".fa") if os.path.isfile(stem + ending)), None)
-
-
 def fingerprint(entry: dict[str, str], settings: dict[str, Any], identity_id: str) -> str:
     """Of everything that decides the result: contents of the input, choices, settings, programs and tables."""
     parts: list[Any] = [identity_id, settings["restraints"], settings["options"], settings["convert_options"]]
     parts += [entry.get(key, "") for key in ("file", "name", "chain", "list", "options")]
-    beside = os.path.splitext(entry["file"])[0] + ".seq"  # orbeln-convert takes it for .prot files
-    for path in (entry["file"], sequence_beside(entry), beside):
+    for path in (entry["file"], *sequence_files(entry)):
         try:
-            parts.append(None if path is None else sha256(path))
+            parts.append(sha256(path))
         except OSError as error:
             parts.append(error.strerror)
     return hashlib.sha256(json.dumps(parts).encode()).hexdigest()
@@ -101,7 +94,10 @@ class EntryRun:
         if run.status == 0 and message.endswith("no message"):
             absent = [name for name in products if not self._is_whole(name)]
             message = f"{run.program} left no complete {', '.join(absent)}"
-        raise StepFailed(step, place + message, run.status in [-number for number in _ENDED_FROM_OUTSIDE])
+        outside = run.status in [-number for number in _ENDED_FROM_OUTSIDE] or any(
+            w in run.errors for w in _NO_ROOM
+        )
+        raise StepFailed(step, place + message, outside)
 
     def run(self) -> dict[str, Any]:
         """The summary of the entry. StepFailed when a step fails; nothing of later steps is made then."""
@@ -136,9 +132,9 @@ class EntryRun:
         for option in ("chain", "list"):
             if self.entry.get(option):
                 arguments.append(f"--{option}={self.entry[option]}")
-        sequence = sequence_beside(self.entry)
-        if sequence:
-            arguments.append(f"--sequence={sequence}")
+        sequences = sequence_files(self.entry)
+        if self.entry.get("sequence") or (sequences and not sequences[0].endswith(".seq")):
+            arguments.append(f"--sequence={sequences[0]}")
         return [*arguments, "--", self.entry["file"]]
 
     def _summary(self) -> dict[str, Any]:

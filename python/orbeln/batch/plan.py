@@ -3,8 +3,10 @@
 from __future__ import annotations
 
 import csv
+import hashlib
 import os
 import re
+import unicodedata
 from typing import Any, Optional
 
 from ..errors import OrbelnError
@@ -60,6 +62,29 @@ def read_inputs(source: str) -> list[dict[str, str]]:
     return rows
 
 
+def sequence_files(entry: dict[str, str]) -> list[str]:
+    """Sequence files of an entry: the one given, else NAME.fasta, NAME.fa (passed on to the conversion) or NAME.seq
+    (which it finds itself) beside it."""
+    if entry.get("sequence"):
+        return [entry["sequence"]]
+    stem = os.path.splitext(entry["file"])[0]
+    return [stem + ending for ending in (".fasta", ".fa", ".seq") if os.path.isfile(stem + ending)]
+
+
+def input_stamps(source: str) -> str:
+    """Changes with every input that is added, removed or changed: a digest of names, sizes and times."""
+    digest = hashlib.sha256()
+    for row in read_inputs(source):
+        digest.update(repr(sorted(row.items())).encode())
+        for path in (row["file"], *sequence_files(row)):
+            try:
+                state = os.stat(path)
+                digest.update(repr((path, state.st_size, state.st_mtime_ns)).encode())
+            except OSError as error:
+                digest.update(repr((path, error.errno)).encode())
+    return digest.hexdigest()
+
+
 def _table(source: str, lines: list[str], separator: str) -> list[dict[str, str]]:
     reader = csv.DictReader(lines, delimiter=separator)
     columns = [column.strip().lower() for column in reader.fieldnames or ()]
@@ -100,7 +125,8 @@ def core_words(options: str, where: str) -> list[str]:
 
 def plain_name(text: str) -> str:
     """Letters, digits, dots and underscores: safe as a folder, in a link and on every command line."""
-    plain = re.sub(r"[^A-Za-z0-9_.]+", "_", text).strip("._")
+    latin = unicodedata.normalize("NFKD", text).encode("ascii", "ignore").decode()
+    plain = re.sub(r"[^A-Za-z0-9_.]+", "_", latin).strip("._")
     return plain[:80] or "entry"
 
 
