@@ -1,8 +1,9 @@
-// Building blocks of the output tables: text is collected with printf formats and written in one go.
+// Building blocks of the output tables: text with printf formats.
 #include "ann/output_text.h"
 
 #include <array>
 #include <cstdarg>
+#include <cstdio>
 
 namespace output_text {
 
@@ -24,14 +25,6 @@ void append(std::string& text, const char* format, ...) {
   std::vsnprintf(text.data() + start, n + 1, format, arguments);
   va_end(arguments);
   text.resize(start + n);
-}
-
-File open(const std::string& path) {
-  return File(std::fopen(path.c_str(), "w"));
-}
-
-void write(const File& file, const std::string& text) {
-  std::fwrite(text.data(), 1, text.size(), file.get());
 }
 
 }  // namespace output_text

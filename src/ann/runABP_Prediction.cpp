@@ -10,6 +10,8 @@
 #include "driver/ORBEL.h"
 #include "driver/angles.h"
 #include "driver/maps.h"
+#include "driver/residue_range.h"
+#include "tables/OutputFile.h"
 #include "tables/text.h"
 
 namespace {
@@ -110,9 +112,11 @@ std::vector<double> selectDistribution(const ORBEL& orbel, int resid) {
   const bool cutEnd = resid == last && resid != sequenceLast;
   if (outside || cutStart || cutEnd) selected = zeros;
 
-  const bool nextToStart = resid == first + 1 && resid != orbel.shiftFirstResid;
-  const bool nextToEnd = resid == last - 1 && resid != sequenceLast;
-  if (nextToStart || nextToEnd) selected = valueOr(orbel.hybridPrediction, resid);
+  // Beside a cut end the two-level network would see the cut as the end of the chain.
+  const bool besideCutStart = resid == first + 1 && first != orbel.shiftFirstResid;
+  const bool besideCutEnd = resid == last - 1 && last != sequenceLast;
+  const bool sparse = sum(missing) >= kSparseWindow;
+  if ((besideCutStart || besideCutEnd) && !sparse) selected = valueOr(orbel.hybridPrediction, resid);
   return selected;
 }
 
@@ -155,7 +159,7 @@ void ORBEL::prepareResidueInputs() {
   const std::map<int, ShiftsByAtom> measured = measuredShifts(*this);
   if (tripletLibrary == nullptr) loadTripletLibrary();
   std::cout << "Preparing inputs for ANN prediction ..." << std::endl;
-  for (int resid = firstResidOption; resid <= lastResidOption; ++resid) {
+  for (const int resid : residueRange(firstResidOption, lastResidOption)) {
     std::vector<double> input = residueInput(*this, resid, valueOr(measured, resid));
     if (input.size() == kResidueEntries) annResidueInputs[resid] = std::move(input);
   }
@@ -169,8 +173,8 @@ void ORBEL::runABP_Prediction() {
   runNetworks(*this);
 
   const std::string path = predPrefix + "ABP.tab";
-  const output_text::File file = output_text::open(path);
-  if (file == nullptr) {
+  OutputFile file(path);
+  if (!file.isOpen()) {
     std::cerr << "\tCan't open file write file " << path << " !!!" << std::endl;
     return;
   }
@@ -179,5 +183,5 @@ void ORBEL::runABP_Prediction() {
     std::vector<double> selected = selectDistribution(*this, resid);
     if (selected.size() == kPhiPsiBoxes) finishResidue(*this, resid, std::move(selected), text);
   }
-  output_text::write(file, text);
+  saveText(file, path, text);
 }

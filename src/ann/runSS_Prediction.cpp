@@ -8,6 +8,7 @@
 #include "ann/ss_output.h"
 #include "driver/ORBEL.h"
 #include "driver/maps.h"
+#include "tables/OutputFile.h"
 
 namespace {
 
@@ -187,10 +188,10 @@ void ORBEL::runSS_Prediction() {
   for (const auto& entry : ssShiftPrediction) appendRow(*this, entry.first, assignments[entry.first], text);
 
   const std::string path = predPrefix + "SS.tab";
-  const output_text::File file = output_text::open(path);
-  if (file == nullptr) {
+  OutputFile file(path);
+  if (!file.isOpen()) {
     std::cerr << "\tCan't open write file " << path << " !!!" << std::endl;
     return;
   }
-  output_text::write(file, text);
+  saveText(file, path, text);
 }

@@ -2,20 +2,24 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
 #include <iostream>
-#include <iterator>
-#include <limits>
 
 #include "ann/SSANN.h"
 #include "ann/output_text.h"
 #include "ann/ss_output.h"
 #include "driver/ORBEL.h"
+#include "driver/limits.h"
 #include "driver/maps.h"
+#include "tables/OutputFile.h"
+#include "tables/wholeFile.h"
 
 namespace {
 
 constexpr std::size_t kAminoAcids = 20;
+constexpr std::size_t kRowBytes = kAminoAcids * sizeof(double);
+/// What the longest chain needs and one row more.
+constexpr std::size_t kLongestCheckpoint =
+    sizeof(std::int32_t) + kLongestChain + (kLongestChain + 1) * kRowBytes;
 constexpr std::string_view kCheckpointOrder = "ARNDCQEGHILKMFPSTWYV";
 constexpr std::string_view kProfileOrder = "ACDEFGHIKLMNPQRSTVWY";
 
@@ -33,7 +37,6 @@ Checkpoint decodeCheckpoint(const std::string& bytes) {
   std::memcpy(&length, bytes.data(), sizeof length);
   checkpoint.letters = bytes.substr(sizeof length, static_cast<std::size_t>(std::max(length, 0)));
 
-  constexpr std::size_t kRowBytes = kAminoAcids * sizeof(double);
   std::size_t position = sizeof length + checkpoint.letters.size();
   for (; position + kRowBytes <= bytes.size(); position += kRowBytes) {
     std::array<double, kAminoAcids> row{};
@@ -54,18 +57,17 @@ std::string letterOf(const Checkpoint& checkpoint, std::size_t row) {
 ResidueVectors readProfiles(ORBEL& orbel, int first) {
   ResidueVectors profiles;
   if (orbel.blastCheckFile.empty()) return profiles;
-  std::ifstream file(orbel.blastCheckFile, std::ios::binary);
-  if (!file) {
+  const FileBytes file = readWholeFile(orbel.blastCheckFile, false, kLongestCheckpoint);
+  if (!file.ok) {
     std::cout << "Unable to open file";
     std::exit(255);
   }
   orbel.sequence.clear();
-  const std::string bytes((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
-  Checkpoint checkpoint = decodeCheckpoint(bytes);
+  Checkpoint checkpoint = decodeCheckpoint(file.bytes);
+  requireChainLength(std::max(checkpoint.letters.size(), checkpoint.profiles.size()),
+                     "checkpoint " + orbel.blastCheckFile);
   for (std::size_t k = 0; k < checkpoint.profiles.size(); ++k) {
-    const long long number = first + static_cast<long long>(k);
-    if (number > std::numeric_limits<int>::max()) break;
-    const int resid = static_cast<int>(number);
+    const int resid = first + static_cast<int>(k);
     profiles[resid] = std::move(checkpoint.profiles[k]);
     orbel.sequence[resid] = letterOf(checkpoint, k);
   }
@@ -110,6 +112,8 @@ void ORBEL::runSeqSS_Prediction() {
     const GDB table(inputFile);
     sequence = table.residList;
     first = table.firstResid;
+    requireChainLength(sequence.size(), "file " + inputFile);
+    requireResid(first, inputFile);
   }
   SSANN network(314, 70, 3, 59, 15, 3, tabDir, "seqSS15");
   network.setOrder(5);
@@ -117,10 +121,10 @@ void ORBEL::runSeqSS_Prediction() {
   ssSequencePrediction = std::move(network.level2Outputs);
 
   const std::string path = predPrefix + "SS.tab";
-  const output_text::File file = output_text::open(path);
-  if (file == nullptr) {
+  OutputFile file(path);
+  if (!file.isOpen()) {
     std::cerr << "\tCan't open write file " << path << " !!!" << std::endl;
     return;
   }
-  output_text::write(file, tableText(*this, first));
+  saveText(file, path, tableText(*this, first));
 }

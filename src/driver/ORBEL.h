@@ -20,6 +20,7 @@
 #include "tables/PDB.h"
 
 class CHI1ANN;
+class OutputFile;
 struct ScreenIndex;
 
 /// One query triplet or library row of the triplet averaging as text: RESID_R1.., RESNAME_R1.., N_R1..
@@ -62,9 +63,18 @@ class ORBEL {
   bool isSearchable(int resid) const;  ///< inside the shift range and not a chain end
   void storeConsensus(int resid);      ///< consensus of the match lists -> predCount, predPhi ...
 
+  // ---- outputs (driver/)
+  // -----------------------------------------------------------------------------------
+  void saveTable(const GDB& table, const std::string& file);
+  /// Finishes an output that is open.
+  void saveText(OutputFile& output, const std::string& file, const std::string& text);
+  void reportLoss(const std::string& file, const std::string& reason);  ///< message, and status 1 at the end
+
   // ---- reference tables (driver/)
   // --------------------------------------------------------------------------
   void init();
+  /// Warns of tables whose size is not that of the installation's list; those given by option are left out.
+  void warnOfDamagedTables() const;
   double getRC(const std::string& code, const std::string& atom) const;         ///< 9999 when no row
   double getRCadj(const std::string& code, const std::string& atom) const;      ///< 0 when no row
   double getPrevRCadj(const std::string& code, const std::string& atom) const;  ///< by the preceding residue
@@ -148,6 +158,10 @@ class ORBEL {
   std::string blastCheckFile;
   bool clipOn = true, isotopeOn = false, quiet = true, hidePaths = true, checkOnly = false;
   bool applyOffsets = false, noProton = false, noOxiCysCheck = false;
+
+  // ==== members: outputs, set by every writer
+  // ===============================================================
+  bool outputsWhole = true;  ///< false once a table that could be opened was not written completely
 
   // ==== members: init
   // =======================================================================================

@@ -4,6 +4,7 @@
 #include "ann/CHI1ANN.h"
 #include "driver/ORBEL.h"
 #include "driver/maps.h"
+#include "tables/tableList.h"
 #include "tables/text.h"
 
 namespace {
@@ -90,6 +91,20 @@ double ORBEL::getNextRCadj(const std::string& code, const std::string& atom) con
 }
 double ORBEL::getWeight(const std::string& row, const std::string& column) const {
   return lookUp(weightTable, row, column, 9999.0);
+}
+
+void ORBEL::warnOfDamagedTables() const {
+  std::vector<std::string> elsewhere;
+  const std::pair<const char*, const std::string*> named[] = {
+      {"orbel.tab", &databaseFile},      {"weight.tab", &weightFile},  {"homology.tab", &homologyFile},
+      {"randcoil.tab", &randomCoilFile}, {"rcadj.tab", &rcAdjFile},    {"rcprev.tab", &rcPrevFile},
+      {"rcnext.tab", &rcNextFile},       {"sslimit.tab", &ssLimitFile}};
+  for (const auto& [name, file] : named) {
+    if (*file != tabDir + pathSeparator + name) elsewhere.emplace_back(name);
+  }
+  for (const std::string& fault : tableSizeFaults(tabDir, elsewhere)) {
+    std::cerr << "Warning:: " << fault << std::endl;
+  }
 }
 
 /// Reads every table; one that cannot be opened ends the process.

@@ -5,8 +5,11 @@
 
 #include "driver/ORBEL.h"
 #include "driver/command_line.h"
+#include "tables/programFrame.h"
 
-int main(int argc, char** argv) {
+namespace {
+
+int runOrbel(int argc, char** argv) {
   auto driver = std::make_unique<ORBEL>();
   ORBEL::printInfo();
   if (argc < 2) ORBEL::printSyntax();
@@ -14,6 +17,7 @@ int main(int argc, char** argv) {
 
   const std::clock_t start = std::clock();
   driver->setArgs(commandLine.options);
+  driver->warnOfDamagedTables();
   if (commandLine.sequenceOnly) {
     driver->runSeqSS_Prediction();
   } else {
@@ -21,5 +25,11 @@ int main(int argc, char** argv) {
   }
   const float seconds = static_cast<float>(std::clock() - start) / 1000000.0F;
   std::cout << " Running time: " << seconds << " seconds" << std::endl;
-  return 0;
+  return driver->outputsWhole ? 0 : 1;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  return runProgramFrame("orbeln", [&] { return runOrbel(argc, argv); });
 }

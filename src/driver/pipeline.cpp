@@ -3,6 +3,7 @@
 
 #include "driver/ORBEL.h"
 #include "driver/maps.h"
+#include "driver/residue_range.h"
 #include "search/screen_index.h"
 
 namespace {
@@ -141,7 +142,7 @@ void ORBEL::storeConsensus(int resid) {
 /// The whole database under the network's phi/psi maps.
 void ORBEL::runFirstPass() {
   screenIndex = std::make_shared<ScreenIndex>(*this);
-  for (int resid = firstResidOption; resid <= lastResidOption; ++resid) {
+  for (const int resid : residueRange(firstResidOption, lastResidOption)) {
     if (!isSearchable(resid)) continue;
     reportResidue(*this, resid);
     if (!checkCSCompleteness(resid)) continue;
@@ -158,7 +159,7 @@ void ORBEL::runFirstPass() {
 /// The candidates of the first pass under the neighbours' predicted angles, which are read as they stand:
 /// residues before this one already carry their second-pass values.
 void ORBEL::runSecondPass() {
-  for (int resid = firstResidOption; resid <= lastResidOption; ++resid) {
+  for (const int resid : residueRange(firstResidOption, lastResidOption)) {
     if (!isSearchable(resid)) continue;
     reportResidue(*this, resid);
     if (!checkCSCompleteness(resid)) continue;

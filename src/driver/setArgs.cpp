@@ -48,10 +48,21 @@ void setReference(ORBEL& run, const OptionReader& options) {
   if (run.referenceFile == "None" || run.referenceFile == "none") run.referenceFile.clear();
   if (!run.referenceFile.empty()) {
     run.referenceStructure = std::make_unique<PDB>(run.referenceFile);
-    if (run.referenceStructure->isNull()) std::cerr << "\tNo reference structure loaded!\n";
+    if (run.referenceStructure->isNull() || run.referenceStructure->atomTable.empty()) {
+      std::cerr << "\tNo reference structure loaded!\n";
+      run.referenceStructure.reset();
+    }
   }
   run.referenceTitle = options.value("refTitle", run.referenceFile);
   if (run.referenceTitle.empty()) run.referenceTitle = "None";
+}
+
+/// The path without the ending of its file name; a dot in a folder's name is none.
+std::string outputPrefix(const std::string& path) {
+  const std::size_t slash = path.rfind('/');
+  const std::size_t dot = path.rfind('.');
+  const bool hasEnding = dot != std::string::npos && (slash == std::string::npos || dot > slash);
+  return hasEnding ? path.substr(0, dot) : path;
 }
 
 void setFileNames(ORBEL& run, const OptionReader& options) {
@@ -60,7 +71,7 @@ void setFileNames(ORBEL& run, const OptionReader& options) {
   run.weightFile = options.value("w", tables + "weight.tab");
   run.homologyFile = options.value("homo", tables + "homology.tab");
   run.predFile = options.value("sum", options.value("out", run.predFile));
-  run.predPrefix = run.predFile.substr(0, run.predFile.rfind('.'));
+  run.predPrefix = outputPrefix(run.predFile);
   run.predAllFile = options.value("all", run.predPrefix + "All.tab");
   run.randomCoilFile = options.value("rand", tables + "randcoil.tab");
   run.rcAdjFile = options.value("adj", tables + "rcadj.tab");

@@ -6,6 +6,7 @@
 #include "driver/angles.h"
 #include "driver/maps.h"
 #include "rci/RCI.h"
+#include "tables/OutputFile.h"
 
 void ORBEL::runS2_Prediction() {
   std::cout << "RCI prediction ..." << std::endl;
@@ -14,8 +15,8 @@ void ORBEL::runS2_Prediction() {
   rciValue = rci.s2List;
 
   const std::string path = predPrefix + "S2.tab";
-  const output_text::File file = output_text::open(path);
-  if (file == nullptr) {
+  OutputFile file(path);
+  if (!file.isOpen()) {
     std::cerr << "\tCan't open file " << path << " !!!" << std::endl;
     return;
   }
@@ -31,5 +32,5 @@ void ORBEL::runS2_Prediction() {
                         output_text::singleCode(valueOr(sequenceCopy, resid)).c_str(), 6 - centre,
                         18 - window, value > kMissingLimit ? kMissingValue : 1.003 - value);
   }
-  output_text::write(file, text);
+  saveText(file, path, text);
 }

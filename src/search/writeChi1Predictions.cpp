@@ -8,6 +8,7 @@
 #include "ann/residue_vectors.h"
 #include "driver/ORBEL.h"
 #include "driver/maps.h"
+#include "driver/residue_range.h"
 #include "search/class_rule.h"
 #include "search/residue_types.h"
 #include "search/table_output.h"
@@ -147,7 +148,7 @@ void ORBEL::writeChi1Predictions() {
   GDB table;
   addHeader(table, *this, compared);
   std::cout << "Summarizing Chi1 Predictions ..." << std::endl;
-  for (int resid = firstResidOption; resid <= lastResidOption; ++resid) {
+  for (const int resid : residueRange(firstResidOption, lastResidOption)) {
     const std::string code = foldedCode(valueOr(sequence, resid));
     if (code.size() == 1 && !hasChi1Rotamers(code[0])) continue;
     const auto list = sameTypeChi1.find(resid);
@@ -158,5 +159,5 @@ void ORBEL::writeChi1Predictions() {
       table.setEntry(resid, "CHI1_OBS", finiteCell(observed));
     }
   }
-  table.saveGDB(predPrefix + "Chi1.tab");
+  saveTable(table, predPrefix + "Chi1.tab");
 }

@@ -4,6 +4,7 @@
 
 #include "driver/ORBEL.h"
 #include "driver/maps.h"
+#include "driver/residue_range.h"
 #include "search/residue_types.h"
 #include "search/table_output.h"
 
@@ -121,7 +122,7 @@ void ORBEL::writePredAll() {
   defineColumns(table);
   addHeader(table, *this);
   int row = 0;
-  for (int resid = firstResidOption; resid <= lastResidOption; ++resid) {
+  for (const int resid : residueRange(firstResidOption, lastResidOption)) {
     if (!isSearchable(resid)) continue;
     const std::vector<double> distance = valueOr(matchDistance, resid);
     const std::vector<double> weight = valueOr(matchInCluster, resid);
@@ -131,5 +132,5 @@ void ORBEL::writePredAll() {
       addRow(table, *this, ++row, resid, entry, distance[k], weight[k]);
     }
   }
-  table.saveGDB(predAllFile);
+  saveTable(table, predAllFile);
 }

@@ -4,6 +4,7 @@
 
 #include "driver/ORBEL.h"
 #include "driver/maps.h"
+#include "driver/residue_range.h"
 #include "search/class_rule.h"
 #include "search/table_output.h"
 
@@ -68,12 +69,12 @@ void ORBEL::writeTorsionPredictions() {
   table.VARS_str_parser("RESID RESNAME PHI PSI DPHI DPSI DIST S2 COUNT CS_COUNT CLASS");
   table.FORMAT_str_parser(" %4d %s %8.3f %8.3f %8.3f %8.3f %8.3f %5.3f %2d %2d %s");
   std::cout << "Summarizing Phi/Psi Predictions ..." << std::endl;
-  for (int resid = firstResidOption; resid <= lastResidOption; ++resid) {
+  for (const int resid : residueRange(firstResidOption, lastResidOption)) {
     std::optional<ReferenceTorsions> reference;
     if (compared && resid > shiftFirstResid && resid < shiftLastResid) {
       reference = referenceTorsions(*referenceStructure, resid);
     }
     addRow(table, *this, resid, classifyResidue(*this, resid, reference));
   }
-  table.saveGDB(predFile);
+  saveTable(table, predFile);
 }

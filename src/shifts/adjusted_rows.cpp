@@ -2,13 +2,13 @@
 #include "shifts/adjusted_rows.h"
 
 #include <array>
-#include <cmath>
 #include <cstdio>
 
 #include "driver/angles.h"
 #include "driver/maps.h"
+#include "driver/residue_range.h"
+#include "shifts/input_shift.h"
 #include "shifts/row_index.h"
-#include "tables/text.h"
 
 namespace {
 
@@ -44,19 +44,16 @@ struct AtomRow {
   int missing = 0;
 };
 
-/// SHIFT of an input row. A value that is not finite, or whose square is not, counts as missing: it would
-/// turn distances and output cells into non-numbers.
-double readShift(const GDB::Row& row) {
-  constexpr double kLargest = 1e100;
-  const double shift = text::toDouble(GDB::cell(row, "SHIFT"));
-  return std::fabs(shift) < kLargest ? shift : kMissingValue;
+/// 9999 without a row.
+double shiftOf(const GDB::Row* row) {
+  return row == nullptr ? kMissingValue : inputShift(*row).value_or(kMissingValue);
 }
 
 /// Row of an atom that the input lists.
 AtomRow observedRow(const ORBEL& run, const GDB::Row& input, const std::string& atom, double adjustment) {
   AtomRow result;
   result.row = input;
-  const double observed = readShift(input);
+  const double observed = shiftOf(&input);
   if (adjustment < kMissingLimit) {
     result.secondary = observed - adjustment;
     result.row["SHIFT"] = ORBEL::cellText(result.secondary);
@@ -80,28 +77,14 @@ AtomRow absentRow(const Residue& residue, const std::string& atom) {
   return result;
 }
 
-double shiftOf(const GDB::Row* row) {
-  return row == nullptr ? kMissingLimit : readShift(*row);
-}
-
-/// Glycine HA: HA2, HA3 or their mean; a row named HA is not used.
+/// Glycine HA: HA2, HA3 or their mean; a row named HA is not used, and HA counts once.
 void setGlycineHA(const ORBEL& run, const RowIndex& input, const Residue& residue, double adjustment,
                   AtomRow& result) {
   const GDB::Row* ha2 = input.find(residue.resid, "HA2");
   const GDB::Row* ha3 = input.find(residue.resid, "HA3");
-  const double h2 = shiftOf(ha2);
-  const double h3 = shiftOf(ha3);
-  double value = h2;
-  if (h2 >= kMissingLimit) {
-    value = h3;
-    if (ha3 == nullptr || h3 >= kMissingLimit) {
-      value = kMissingValue;
-      ++result.missing;
-    }
-  } else if (ha3 != nullptr && h3 < kMissingLimit) {
-    value = (h2 + h3) * 0.5;
-  }
-  if (run.noProton && value < kMissingLimit) ++result.missing;
+  double value = shiftOf(ha2 != nullptr ? ha2 : ha3);
+  if (ha2 != nullptr && ha3 != nullptr) value = (shiftOf(ha2) + shiftOf(ha3)) * 0.5;
+  result.missing = run.noProton || value >= kMissingLimit ? 1 : 0;
   if (ha2 != nullptr) {
     result.row = *ha2;
   } else if (ha3 != nullptr) {
@@ -141,7 +124,7 @@ void fillAdjustedShifts(ORBEL& run) {
   const RowIndex input(run.inputTable);
   run.secondaryShift.clear();
   std::int32_t number = 0;
-  for (int resid = run.firstResidOption; resid <= run.lastResidOption; ++resid) {
+  for (const int resid : residueRange(run.firstResidOption, run.lastResidOption)) {
     const Residue residue = describe(run, resid);
     run.residueCode[resid] = residue.code.empty() ? '\0' : residue.code[0];
     auto& secondary = run.secondaryShift.emplace_back();

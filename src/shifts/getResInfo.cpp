@@ -1,12 +1,18 @@
 // Input shift table -> sequence, residue range, secondary shifts, missing counts, adjusted-shift table.
 #include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 #include <iostream>
+#include <limits>
+#include <optional>
 
 #include "driver/ORBEL.h"
 #include "driver/angles.h"
+#include "driver/limits.h"
 #include "driver/maps.h"
+#include "driver/residue_range.h"
 #include "shifts/adjusted_rows.h"
+#include "shifts/input_shift.h"
 #include "tables/text.h"
 
 namespace {
@@ -14,11 +20,6 @@ namespace {
 constexpr float kOxidisedCysteineCB =
     34.0F;  ///< ppm; reduced cysteines lie below (Sharma & Rajarathnam 2000)
 constexpr int kToleratedMismatches = 4;
-
-[[noreturn]] void refuse(const std::string& message) {
-  std::cerr << message << std::endl;
-  std::exit(255);
-}
 
 /// One-letter code of a RESNAME cell, which may hold a three-letter name.
 std::string oneLetter(const std::string& name) {
@@ -33,11 +34,6 @@ void readSequence(ORBEL& run) {
   run.sequenceStart = run.inputTable.firstResid;
   for (const auto& [resid, code] : run.inputTable.residList) run.sequence[resid] = code;
   run.sequenceCopy = run.sequence;
-  for (const auto& [resid, code] : run.sequence) run.missingCount[resid] = 6;
-  if (!run.sequence.empty()) {
-    run.missingCount[run.sequenceStart - 1] = 6;
-    run.missingCount[run.sequence.rbegin()->first + 1] = 6;
-  }
   run.sequenceLength = static_cast<int>(run.sequence.size());
 }
 
@@ -47,6 +43,15 @@ void requireContent(const ORBEL& run) {
   }
   if (run.inputTable.varNames.empty()) refuse(" No entry found in the VARS header, exit ...");
   if (run.inputTable.entries.empty()) refuse(" No chemical shift data found in file " + run.inputFile);
+  requireChainLength(run.sequence.size(), "file " + run.inputFile);
+  requireResid(run.sequenceStart, run.inputFile);
+}
+
+/// Nothing is known yet of the residues of the sequence and of the two beside it.
+void startCounts(ORBEL& run) {
+  constexpr int kAtoms = 6;
+  for (const int resid : residueRange(run.sequenceStart - 1, run.sequence.rbegin()->first + 1))
+    run.missingCount[resid] = kAtoms;
 }
 
 /// The CB shift tells a disulfide-bonded cysteine ("c") from a reduced one ("C").
@@ -55,8 +60,8 @@ void markCysteines(ORBEL& run) {
     if (!isCysteine(oneLetter(GDB::cell(row, "RESNAME"))) || GDB::cell(row, "ATOMNAME") != "CB") continue;
     const auto residue = run.sequence.find(text::toInt(GDB::cell(row, "RESID")));
     if (residue == run.sequence.end() || !isCysteine(residue->second)) continue;
-    const float shift = static_cast<float>(text::toDouble(GDB::cell(row, "SHIFT")));
-    residue->second = shift < kOxidisedCysteineCB ? "C" : "c";
+    const std::optional<double> shift = inputShift(row);
+    if (shift) residue->second = static_cast<float>(*shift) < kOxidisedCysteineCB ? "C" : "c";
   }
 }
 
@@ -69,10 +74,11 @@ std::string comparableName(const std::string& cell) {
   return known ? name : "X";
 }
 
-/// Compares every row with the sequence and finds the residues that have shifts.
+/// Compares every row with the sequence and finds the lowest and highest residue number of the rows, those
+/// of missing shifts included.
 void checkSequence(ORBEL& run) {
-  run.shiftFirstResid = 999;
-  run.shiftLastResid = -999;
+  run.shiftFirstResid = std::numeric_limits<int>::max();
+  run.shiftLastResid = std::numeric_limits<int>::min();
   int mismatches = 0;
   for (const auto& [number, row] : run.inputTable.entries) {
     const int resid = text::toInt(GDB::cell(row, "RESID"));
@@ -103,11 +109,13 @@ void narrowRange(ORBEL& run) {
   last = std::min(last, run.shiftLastResid);
   if (last < first) std::swap(first, last);
   // A mistyped residue number must not turn into hours of work on empty residues.
-  constexpr double kLongestRange = 100000.0;
-  if (static_cast<double>(last) - first >= kLongestRange) {
+  if (static_cast<std::int64_t>(last) - first >= kLongestChain) {
     refuse(" Residue range " + ORBEL::cellText(first) + " to " + ORBEL::cellText(last) + " in file " +
-           run.inputFile + " is too long, check the RESID column, exit ...");
+           run.inputFile + " is too long, at most " + ORBEL::cellText(kLongestChain) +
+           " residues are supported, check the RESID column, exit ...");
   }
+  requireResid(first, run.inputFile);
+  requireResid(last, run.inputFile);
 }
 
 void reportOffset(ORBEL& run, const std::string& atom, const char* format) {
@@ -132,7 +140,7 @@ void subtractOffsets(ORBEL& run) {
   reportOffset(run, "C", " %6.3f ppm referencing offset applied for 13C' chemical shifts");
 }
 
-void saveAdjustedTable(const ORBEL& run) {
+void saveAdjustedTable(ORBEL& run) {
   GDB table = run.adjustedShiftTable;
   table.entries.clear();
   std::int32_t number = 0;
@@ -146,16 +154,17 @@ void saveAdjustedTable(const ORBEL& run) {
     table.addRemark(remark);
   }
   table.addRemark(ORBEL::versionBanner());
-  table.saveGDB(run.predPrefix + "AdjCS.tab");
+  run.saveTable(table, run.predPrefix + "AdjCS.tab");
 }
 
 }  // namespace
 
 /// Fills the members of the intake; ends the process (exit status 255) when sequence, columns or rows are
-/// missing and after a check-only run.
+/// missing, when chain or range are longer than a protein, and after a check-only run.
 void ORBEL::getResInfo() {
   readSequence(*this);
   requireContent(*this);
+  startCounts(*this);
   if (!noOxiCysCheck) markCysteines(*this);
   checkSequence(*this);
   narrowRange(*this);

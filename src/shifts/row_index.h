@@ -1,17 +1,19 @@
-// First row of a shift table by residue number and atom name, found without walking the table.
+// First shift of the input table by residue number and atom name, found without walking the table.
 #pragma once
 
 #include <string>
 #include <unordered_map>
 
+#include "shifts/input_shift.h"
 #include "tables/GDB.h"
 
-/// Index over the RESID and ATOMNAME cells of a table; both compare as text. The table must outlive the index
-/// and keep its rows.
+/// Index over the RESID and ATOMNAME cells of the rows that hold a shift; both compare as text. The table
+/// must outlive the index and keep its rows.
 class RowIndex {
  public:
   explicit RowIndex(const GDB& table) {
     for (const auto& [number, row] : table.entries) {
+      if (!inputShift(row)) continue;
       first_.try_emplace(key(GDB::cell(row, "RESID"), GDB::cell(row, "ATOMNAME")), &row);
     }
   }

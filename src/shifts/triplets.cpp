@@ -18,17 +18,12 @@ void ORBEL::loadTripletLibrary() {
 
 namespace {
 
-/// SHIFT of the first adjusted row of residue and atom, 0 without one. The rows of the range stand in order,
-/// six per residue, so the place is known; the name may differ (an amide proton named H).
-double adjustedShift(const ORBEL& run, int resid, int position, const std::string& atom) {
-  const std::string residText = ORBEL::cellText(resid);
-  const auto direct = run.adjustedShiftTable.entries.find((resid - run.firstResidOption) * 6 + position);
-  const bool found = direct != run.adjustedShiftTable.entries.end() &&
-                     GDB::cell(direct->second, "RESID") == residText &&
-                     GDB::cell(direct->second, "ATOMNAME") == atom;
-  const GDB::Row* row =
-      found ? &direct->second : run.adjustedShiftTable.findRow("RESID", residText, "ATOMNAME", atom);
-  return row == nullptr ? 0.0 : text::toDouble(GDB::cell(*row, "SHIFT"));
+/// SHIFT of the adjusted row of residue and atom, 0 outside the range. The rows of the range stand in order,
+/// six per residue, so the place tells which they are, whatever their name (an amide proton may be named H).
+double adjustedShift(const ORBEL& run, int resid, int position) {
+  if (resid < run.firstResidOption || resid > run.lastResidOption) return 0.0;
+  const auto row = run.adjustedShiftTable.entries.find((resid - run.firstResidOption) * 6 + position);
+  return row == run.adjustedShiftTable.entries.end() ? 0.0 : text::toDouble(GDB::cell(row->second, "SHIFT"));
 }
 
 }  // namespace
@@ -41,7 +36,7 @@ Triplet ORBEL::getTriplet(int resid) const {
     triplet[tripletKey("RESID", p)] = cellText(q);
     triplet[tripletKey("RESNAME", p)] = valueOr(sequence, q);
     for (const auto& [position, atom] : atomNames) {
-      double shift = adjustedShift(*this, q, position, atom);
+      double shift = adjustedShift(*this, q, position);
       if (clipOn) shift = clipSShift(q, shift, atom);
       if (noProton && (atom == "HA" || atom == "HN")) shift = kMissingValue;
       triplet[tripletKey(atom, p)] = cellText(shift);

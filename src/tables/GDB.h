@@ -34,8 +34,10 @@ class GDB {
   void loadGDB(const std::string& file);
   /// The same, but the rows go to `rows` and `entries` stays empty.
   void loadGDB(const std::string& file, RowSink& rows);
-  /// Writes the canonical layout; a file that cannot be opened or written is reported and the run goes on.
-  void saveGDB(const std::string& file) const;
+  /// The canonical layout.
+  std::string toText() const;
+  /// Writes it; a file that cannot be opened or written whole is reported. False for the latter only.
+  bool saveGDB(const std::string& file) const;
 
   void VARS_str_parser(std::string_view text);    ///< defines the columns; drops all rows
   void FORMAT_str_parser(std::string_view text);  ///< defines the field formats; drops all rows

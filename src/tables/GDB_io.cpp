@@ -1,12 +1,11 @@
 // Reading and writing of the text table.
-#include <cstdio>
 #include <cstdlib>
 #include <iostream>
-#include <memory>
 
 #include "tables/FieldFormat.h"
 #include "tables/GDB.h"
 #include "tables/LineReader.h"
+#include "tables/OutputFile.h"
 #include "tables/tableLines.h"
 #include "tables/text.h"
 
@@ -99,13 +98,6 @@ void appendRows(std::string& out, const GDB& table) {
   }
 }
 
-bool writeFile(const std::string& path, const std::string& content) {
-  std::FILE* file = std::fopen(path.c_str(), "wb");
-  if (file == nullptr) return false;
-  const bool written = std::fwrite(content.data(), 1, content.size(), file) == content.size();
-  return std::fclose(file) == 0 && written;
-}
-
 }  // namespace
 
 void GDB::loadGDB(const std::string& file) {
@@ -124,6 +116,7 @@ void GDB::loadGDB(const std::string& file, RowSink& rows) {
   std::vector<std::string_view> tokens;
   std::string_view line;
   while (reader.next(line)) {
+    while (line.ends_with('\r')) line.remove_suffix(1);  // white space that remarks and formats must not keep
     const std::size_t rowTokens = formatSeen && varCount >= 1 ? static_cast<std::size_t>(varCount) : 0;
     text::split_WhiteSpace(line, tokens, rowTokens + 1);
     if (tokens.empty()) continue;
@@ -152,9 +145,18 @@ void GDB::loadGDB(const std::string& file, RowSink& rows) {
   readSequence(*this);
 }
 
-void GDB::saveGDB(const std::string& file) const {
+std::string GDB::toText() const {
   std::string content;
   appendHeader(content, *this);
   appendRows(content, *this);
-  if (!writeFile(file, content)) std::cerr << "\tCan't save file " << file << std::endl;
+  return content;
+}
+
+bool GDB::saveGDB(const std::string& file) const {
+  const WriteOutcome outcome = writeWholeFile(file, toText());
+  if (outcome.state == WriteOutcome::State::Whole) return true;
+  std::cerr << "\tCan't save file " << file;
+  if (outcome.state == WriteOutcome::State::Incomplete) std::cerr << " completely: " << outcome.reason;
+  std::cerr << std::endl;
+  return outcome.state == WriteOutcome::State::NotOpened;
 }

@@ -83,13 +83,15 @@ TEST_F(NetworkStages, DistributionFollowsTheMissingShifts) {
 }
 
 TEST_F(NetworkStages, EndsOfARangeInsideTheShifts) {
-  makeChain(30, {});
+  // Whole ends, cut ends, and a cut end whose neighbour's window lacks 25 of 30 shifts.
+  makeChain(30, {{19, 5}, {20, 5}, {21, 5}, {22, 5}, {23, 5}});
   run.missingCount[0] = run.missingCount[31] = 0;
   const struct {
     int first, last;
     std::map<int, std::string> expected;
-  } cases[] = {{1, 30, {{1, kFull}, {2, kHybrid}, {3, kFull}, {28, kFull}, {29, kHybrid}, {30, kFull}}},
-               {5, 20, {{5, kZero}, {6, kHybrid}, {7, kFull}, {18, kFull}, {19, kHybrid}, {20, kZero}}}};
+  } cases[] = {{1, 30, {{1, kFull}, {2, kFull}, {3, kFull}, {28, kFull}, {29, kFull}, {30, kFull}}},
+               {5, 16, {{5, kZero}, {6, kHybrid}, {7, kFull}, {14, kFull}, {15, kHybrid}, {16, kZero}}},
+               {20, 30, {{20, kZero}, {21, kZero}, {22, kHybrid}, {29, kFull}, {30, kFull}}}};
   for (const auto& c : cases) {
     run.firstResidOption = c.first;
     run.lastResidOption = c.last;

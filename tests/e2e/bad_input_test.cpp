@@ -1,4 +1,6 @@
 // Input that no sane program would write: a clear end or a run without nonsense, never a crash.
+#include <set>
+
 #include "support/helix_run.h"
 
 namespace {
@@ -8,10 +10,17 @@ using support::ProgramRun;
 
 class BadInput : public support::HelixRun {
  protected:
+  /// The bytes of the seven tables, with their names.
+  std::string outputs() const {
+    std::string all;
+    for (const char* file : kTables) all += file + ('\n' + support::readFile(dir / file));
+    return all;
+  }
+  static constexpr const char* kTables[] = {"predAdjCS.tab", "predABP.tab",  "predSS.tab", "predS2.tab",
+                                            "pred.tab",      "predChi1.tab", "predAll.tab"};
   /// Fails when a table is missing, has no rows or holds a cell that is not a number.
   void expectNoNonNumbers() const {
-    for (const char* file : {"predAdjCS.tab", "predABP.tab", "predSS.tab", "predS2.tab", "pred.tab",
-                             "predChi1.tab", "predAll.tab"}) {
+    for (const char* file : kTables) {
       EXPECT_FALSE(table(file).rows.empty()) << file;
       for (const auto& row : table(file).rows)
         for (const auto& [column, cell] : row)
@@ -84,7 +93,8 @@ TEST_F(BadInput, ResidueNumbersAndNamesOutOfPlace) {
   support::writeFile(dir / "query.tab", odd + "-2147483648 A CA 50\n2147483647 A CA 50\n");
   const ProgramRun refused = run();
   EXPECT_EQ(refused.status, 255);
-  EXPECT_TRUE(support::contains(refused.err, "is too long, check the RESID column, exit ...\n"))
+  EXPECT_TRUE(
+      support::contains(refused.err, " Residue range -999999 to 999999 in file query.tab is too long"))
       << refused.err;
 }
 
@@ -101,14 +111,55 @@ TEST_F(BadInput, TinyChains) {
 }
 
 TEST_F(BadInput, CarriageReturnsChangeNothing) {
+  const std::string text = "REMARK  a  note\n" + support::helixQuery().table();
   std::string dos;
-  for (const char c : support::helixQuery().table())
-    dos += c == '\n' ? std::string("\r\n") : std::string(1, c);
-  ASSERT_EQ(run({"-inTitle", "query", "-sum", "unix_pred.tab"}).status, 0);
+  for (const char c : text) dos += c == '\n' ? std::string("\r\n") : std::string(1, c);
+  support::writeFile(dir / "query.tab", text);
+  ASSERT_EQ(run().status, 0);
+  const auto expected = outputs();
   support::writeFile(dir / "query.tab", dos);
-  ASSERT_EQ(run({"-inTitle", "query", "-sum", "dos_pred.tab"}).status, 0);
-  EXPECT_EQ(table("unix_pred.tab").rows, table("dos_pred.tab").rows);
-  EXPECT_EQ(support::readFile(dir / "unix_predABP.tab"), support::readFile(dir / "dos_predABP.tab"));
+  ASSERT_EQ(run().status, 0);
+  EXPECT_EQ(outputs(), expected);
+}
+
+/// The table with the shifts of `cells` ("6 CA") given as `values` in turn, or without their rows.
+std::string withMissing(const std::string& text, const std::set<std::string>& cells,
+                        const std::vector<std::string>& values) {
+  std::string result;
+  std::size_t from = 0, replaced = 0;
+  while (from < text.size()) {
+    const std::size_t end = text.find('\n', from) + 1;
+    const std::string line = text.substr(from, end - from);
+    from = end;
+    const auto words = support::split(line);
+    if (words.size() != 4 || !cells.contains(words[0] + ' ' + words[2])) {
+      result += line;
+    } else if (!values.empty()) {
+      result += words[0] + ' ' + words[1] + ' ' + words[2] + ' ' + values[replaced++ % values.size()] + '\n';
+    }
+  }
+  return result;
+}
+
+TEST_F(BadInput, RowsOfMissingShiftsActAsAbsent) {
+  // Single atoms, a glycine's proton, a whole residue, and a missing HN beside a row named H or a second HN.
+  std::set<std::string> cells = {"4 CB", "5 N", "6 CA", "7 HA", "7 C", "12 HN", "15 HN", "18 HA2"};
+  for (const char* atom : {"N", "HA", "C", "CA", "CB", "HN"}) cells.insert(std::string("9 ") + atom);
+  const std::string text = support::helixQuery().table();
+  const std::string more = "\n12 L H 8.1\n";
+  const std::vector<std::vector<std::string>> values = {
+      {"999"}, {"9999.000"}, {"nan"}, {"999.000", "1e30", "-nan", "inf", "-inf", "-", "?"}};
+  for (const char* mode :
+       {"-in query.tab", "-in query.tab -noproton -iso", "-in query.tab -noproton -offset"}) {
+    SCOPED_TRACE(mode);
+    const auto outputsOf = [&](const std::vector<std::string>& missing) {
+      support::writeFile(dir / "query.tab", withMissing(text, cells, missing) + more + "15 A HN 8.0\n");
+      EXPECT_EQ(support::runOrbeln(dir.path, ORBELN_SYNTHETIC, support::split(mode)).status, 0);
+      return outputs();
+    };
+    const std::string expected = outputsOf({});
+    for (const auto& missing : values) EXPECT_EQ(outputsOf(missing), expected) << missing[0];
+  }
 }
 
 TEST_F(BadInput, DatabaseRecords) {

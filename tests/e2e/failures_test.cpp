@@ -29,6 +29,13 @@ TEST_F(Failures, InputTablesAndOptions) {
   support::writeFile(dir / "nosequence.tab", vars + format + row);
   support::writeFile(dir / "novars.tab", sequence + row);
   support::writeFile(dir / "norows.tab", sequence + vars + format + "2 A CA\n");
+  support::writeFile(dir / "long.tab",
+                     "DATA SEQUENCE " + std::string(40001, 'A') + '\n' + vars + format + row);
+  support::writeFile(dir / "range.tab", sequence + vars + format + "1 A CA 52\n40001 A CA 52\n");
+  support::writeFile(dir / "lowest.tab", "DATA FIRST_RESID -2147483648\n" + sequence + vars + format + row);
+  support::writeFile(dir / "highest.tab",
+                     sequence + vars + format + "2147483640 A CA 52\n2147483647 A CA 52\n");
+  fs::create_directory(dir / "folder");
   const struct {
     const char* arguments;
     int status;
@@ -45,6 +52,15 @@ TEST_F(Failures, InputTablesAndOptions) {
                {"-in query.tab -offset -0.5 -check", 255, " Invaid arg name -0.5\n", ""},
                {"-in my-query.tab", 0, "\tCan't open file my for reading\n", ""},
                {"-seqSS -blast_check none.check", 255, "", "\nUnable to open file"},
+               {"-seqSS -blast_check folder", 255, "", "\nUnable to open file"},
+               {"-seqSS -blast_check long.tab", 255, " The sequence in checkpoint long.tab is too long", ""},
+               {"-in long.tab", 255,
+                " The sequence in file long.tab is too long for a protein: more than 40000 residues", ""},
+               {"-in range.tab", 255, " Residue range 1 to 40001 in file range.tab is too long", ""},
+               {"-in range.tab -last 40000 -check", 255, "", "Chemical Shift Referencing"},
+               {"-in lowest.tab", 255, " Residue number -2147483648 in file lowest.tab is out of range", ""},
+               {"-in highest.tab -first 2147483600 -last 2147483647", 255,
+                " Residue number 2147483640 in file highest.tab is out of range", ""},
                {"-in query.tab -alignLen 4", 255, "alignLen", ""},
                {"-in query.tab -len 9", 255, "5 to 8", ""},
                {"-in query.tab -noproton -db none.tab", 0,
@@ -129,6 +145,10 @@ TEST_F(Failures, ReferenceStructureThatCannotBeRead) {
                        "\tNo reference structure loaded!\n"))
       << missing.err;
   EXPECT_EQ(table("predChi1.tab").columns.at(3), "Q_Gm") << "no observed chi1 without a structure";
+  support::writeFile(dir / "empty.pdb", "HEADER    NO ATOMS\n");
+  const ProgramRun empty = run({"-ref", "empty.pdb"});
+  EXPECT_TRUE(contains(empty.err, "\tNo reference structure loaded!\n")) << empty.err;
+  EXPECT_EQ(table("predChi1.tab").columns.at(3), "Q_Gm") << "no comparison with a structure without atoms";
   EXPECT_FALSE(contains(run({"-ref", "None"}).err, "PDB error"));
 }
 

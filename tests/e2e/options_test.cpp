@@ -75,6 +75,12 @@ TEST_F(Options, OutputNames) {
        {"a.b.tab", "a.bAdjCS.tab", "a.bABP.tab", "a.bSS.tab", "a.bS2.tab", "a.bChi1.tab", "d.tab"})
     EXPECT_TRUE(exists(file)) << file;
   EXPECT_FALSE(exists("c.tab") || exists("pred.tab"));
+  // Only a dot of the file name begins an ending.
+  std::filesystem::create_directory(dir / "v1.2");
+  run({"-sum", "v1.2/result"});
+  EXPECT_TRUE(exists("v1.2/result") && exists("v1.2/resultAdjCS.tab") && exists("v1.2/resultAll.tab"));
+  run({"-sum", "./plain"});
+  EXPECT_TRUE(exists("plainAdjCS.tab") && !exists("AdjCS.tab") && !exists(".AdjCS.tab"));
 }
 
 TEST_F(Options, FragmentLength) {

@@ -46,7 +46,9 @@ TEST(Intake, GlycineAlphaProton) {
                {{"2 G HA 5.0"}, false, 9999 - 4.0, 6},
                {{"2 G HA2 999", "2 G HA3 4.1"}, false, 0.1, 5},
                {{"2 G HA2 3.9", "2 G HA3 999"}, false, -0.1, 5},
+               {{"2 G HA2 nan", "2 G HA3 4.1"}, false, 0.1, 5},
                {{"2 G HA2 3.9"}, true, -0.1, 6},
+               {{"2 G HA 5.0"}, true, 9999 - 4.0, 6},  // counted once
                {{"2 G HA2 9999"}, false, 9999 - 4.0, 6}};
   for (const auto& c : cases) {
     auto rows = c.rows;
@@ -75,7 +77,8 @@ TEST(Intake, CysteineStateFollowsCB) {
   };
   for (const Case& c :
        {Case{"2 C CB 35", false, "c"}, Case{"2 C CB 34.0", false, "c"}, Case{"2 CYS CB 33.99", false, "C"},
-        Case{"2 C CB 35", true, "C"}, Case{"2 A CB 35", false, "C"}}) {
+        Case{"2 C CB 35", true, "C"}, Case{"2 A CB 35", false, "C"}, Case{"2 C CB 9999", false, "C"},
+        Case{"2 C CB nan", false, "C"}}) {
     const auto run = makeShiftRun("ACA", 1, {"1 A CA 56", c.shift, "3 A CA 56"});
     run->noOxiCysCheck = c.noCheck;
     intake(*run);
@@ -99,6 +102,19 @@ TEST(Intake, RangeIsNarrowedToResiduesWithShifts) {
     EXPECT_EQ(run->shiftLastResid, 5);
     EXPECT_EQ(run->firstResidOption, c.expectedFirst);
     EXPECT_EQ(run->lastResidOption, c.expectedLast);
+  }
+}
+
+TEST(Intake, RangeFollowsAnyNumbering) {
+  for (const int first : {-3000, 2001}) {
+    const std::string row = std::to_string(first + 1) + " A CA ";
+    // A row of a missing shift belongs to the range.
+    const auto run = makeShiftRun("AAAAAA", first, {row + "56", std::to_string(first + 3) + " A CA 9999"});
+    intake(*run);
+    EXPECT_EQ(run->firstResidOption, first + 1);
+    EXPECT_EQ(run->lastResidOption, first + 4);
+    EXPECT_DOUBLE_EQ(secondary(*run, first + 1, 4), 0.0);
+    EXPECT_EQ(run->missingCount.at(first + 3), 6);
   }
 }
 

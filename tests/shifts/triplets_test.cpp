@@ -133,7 +133,7 @@ TEST(TripletAverage, EdgesAndSparseSurroundingsGetNone) {
 
 TEST(TripletRecord, ClipsMasksAndRounds) {
   const auto run =
-      makeShiftRun("AAA", 1, {"1 A CA 66.123456", "2 A HA 4.1", "2 A HN 8.25", "3 A N 121.1234567"});
+      makeShiftRun("AAA", 1, {"1 A CA 66.123456", "2 A HA 4.1", "2 A H 8.25", "3 A N 121.1234567"});
   support::captured([&] { run->getResInfo(); });
   Triplet triplet = run->getTriplet(2);
   EXPECT_EQ(triplet.at("RESID_R1"), "1");

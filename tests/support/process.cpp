@@ -23,20 +23,29 @@ TempDir::~TempDir() {
   fs::remove_all(path, ignored);
 }
 
-ProgramRun runOrbeln(const fs::path& cwd, const fs::path& install,
-                     const std::vector<std::string>& arguments) {
+namespace {
+
+std::string quoted(const std::string& word) {
+  return "'" + std::regex_replace(word, std::regex("'"), "'\\''") + "'";
+}
+
+}  // namespace
+
+ProgramRun runShell(const fs::path& cwd, const std::string& line) {
   const TempDir streams;
-  const auto quoted = [](const std::string& word) {
-    return "'" + std::regex_replace(word, std::regex("'"), "'\\''") + "'";
-  };
-  std::string command = "cd " + quoted(cwd) + " || exit 126; ";
-  command += install.empty() ? "unset ORBELN_DIR;" : "export ORBELN_DIR=" + quoted(install) + ';';
-  command += " exec " + quoted(ORBELN_BINARY);
-  for (const std::string& argument : arguments) command += ' ' + quoted(argument);
-  command += " >" + quoted(streams / "out") + " 2>" + quoted(streams / "err");
+  const std::string command = "exec >" + quoted(streams / "out") + " 2>" + quoted(streams / "err") + "; cd " +
+                              quoted(cwd) + " || exit 126; " + line;
   const int state = std::system(command.c_str());
   return {WIFEXITED(state) ? WEXITSTATUS(state) : -WTERMSIG(state), readFile(streams / "out"),
           readFile(streams / "err")};
+}
+
+ProgramRun runOrbeln(const fs::path& cwd, const fs::path& install,
+                     const std::vector<std::string>& arguments) {
+  std::string line = install.empty() ? "unset ORBELN_DIR;" : "export ORBELN_DIR=" + quoted(install) + ';';
+  line += " exec " + quoted(ORBELN_BINARY);
+  for (const std::string& argument : arguments) line += ' ' + quoted(argument);
+  return runShell(cwd, line);
 }
 
 std::string readFile(const fs::path& file) {

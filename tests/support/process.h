@@ -29,6 +29,9 @@ struct ProgramRun {
 ProgramRun runOrbeln(const std::filesystem::path& cwd, const std::filesystem::path& install,
                      const std::vector<std::string>& arguments);
 
+/// Runs a line of the shell in directory `cwd`. Redirections in the line win over the capture.
+ProgramRun runShell(const std::filesystem::path& cwd, const std::string& line);
+
 std::string readFile(const std::filesystem::path& file);  ///< empty when it cannot be opened
 void writeFile(const std::filesystem::path& file, const std::string& text);
 std::vector<std::string> split(const std::string& text);  ///< the words of `text`

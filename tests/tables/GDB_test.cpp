@@ -28,9 +28,9 @@ std::string rowsOf(const GDB& table) {
 TEST_F(GDBTest, ReadsHeaderAndRows) {
   const std::string header =
       "remark   two  words\r\nREMARK\nREMARK \n# comment\n\n \t \ndata   first_resid   -5\nDATA\n"
-      "DATA SEQUENCE MKTAY ACDEF\nDATA  Sequence  Zac1 ph?\nVars  RESID   NAME\nFormat %5d   %-4s \n";
+      "DATA SEQUENCE MKTAY ACDEF\nDATA  Sequence  Zac1 ph?\nVars  RESID   NAME\nFormat %5d   %-4s \r\n";
   const GDB table(file(header + " 1 A\n 2\n 2 B C\n\n 3 D\r\n4 E"));
-  EXPECT_EQ(table.remarks, (std::list<std::string>{"  two  words\r", "", ""}));
+  EXPECT_EQ(table.remarks, (std::list<std::string>{"  two  words", "", ""}));
   EXPECT_EQ(table.dataLines,
             (std::list<std::string>{"first_resid -5", "SEQUENCE MKTAY ACDEF", "Sequence Zac1 ph?"}));
   EXPECT_EQ(table.getData("SEQUENCE"), " MKTAY ACDEF Zac1 ph?");
@@ -56,6 +56,7 @@ TEST_F(GDBTest, AppliesTheOddRulesOfReading) {
       {"empty", "", "", 0, 0},
       {"remark that is a row too", "VARS A B\nFORMAT %s %s\nREMARK x\n", "1:A=REMARK,B=x", 1, 2},
       {"format before vars: rows without formats", "FORMAT %s\nVARS A\nx\n", "1:A=x", 0, 0},
+      {"byte order mark: no keyword", "\xEF\xBB\xBFREMARK a\nVARS A\nFORMAT %s\nx\n", "1:A=x", 0, 1},
       {"no format: no rows", "VARS A\nx\n", "", 0, 0},
       {"vars drops rows, not their count", "VARS A B\nFORMAT %s %s\nx y\nx y\nVARS A\nz\n", "4:A=z", 0, 2},
       {"format drops rows", "VARS A B\nFORMAT %s %s\nx y\nFORMAT %d %d\nz 1\n", "2:A=z,B=1", 0, 2},
@@ -220,9 +221,12 @@ TEST_F(GDBTest, FormatsFieldsOfAnyLength) {
 
 TEST_F(GDBTest, ReportsFilesThatCannotBeWritten) {
   const GDB table;
-  for (const std::string& target : {path("none/out.tab"), path(""), std::string("/dev/full")}) {
-    EXPECT_EQ(standardErrorOf([&] { table.saveGDB(target); }), "\tCan't save file " + target + "\n");
+  for (const std::string& target : {path("none/out.tab"), path("")}) {
+    EXPECT_EQ(standardErrorOf([&] { EXPECT_TRUE(table.saveGDB(target)); }),
+              "\tCan't save file " + target + "\n");
   }
+  EXPECT_EQ(standardErrorOf([&] { EXPECT_FALSE(table.saveGDB("/dev/full")); }),
+            "\tCan't save file /dev/full completely: No space left on device\n");
 }
 
 }  // namespace

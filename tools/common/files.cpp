@@ -1,95 +1,19 @@
 // Whole files in and out: reading from a path or standard input, writing without ever leaving half a file.
 #include "common/files.h"
 
-#include <unistd.h>
-
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
-#include <filesystem>
+#include "tables/OutputFile.h"
+#include "tables/wholeFile.h"
 
 namespace tools {
 
-namespace fs = std::filesystem;
-
-namespace {
-
-std::string systemError(int code) {
-  return std::strerror(code);
-}
-
-std::string readStream(std::FILE* stream, std::string& text) {
-  char buffer[65536];
-  std::size_t count = 0;
-  while ((count = std::fread(buffer, 1, sizeof buffer, stream)) > 0) text.append(buffer, count);
-  return std::ferror(stream) != 0 ? systemError(errno) : std::string();
-}
-
-std::string writeStream(std::FILE* stream, std::string_view text, bool close) {
-  const bool written = std::fwrite(text.data(), 1, text.size(), stream) == text.size();
-  const bool finished = (close ? std::fclose(stream) : std::fflush(stream)) == 0;
-  return written && finished ? std::string() : systemError(errno);
-}
-
-std::string writeDirectly(const std::string& path, std::string_view text) {
-  std::FILE* file = std::fopen(path.c_str(), "wb");
-  if (file == nullptr) return systemError(errno);
-  return writeStream(file, text, true);
-}
-
-}  // namespace
-
 FileText readTextFile(const std::string& path) {
-  FileText result;
-  std::error_code ignored;
-  if (path != "-" && fs::is_directory(path, ignored)) {
-    result.error = "is a directory";
-    return result;
-  }
-  std::FILE* file = path == "-" ? stdin : std::fopen(path.c_str(), "rb");
-  if (file == nullptr) {
-    result.error = systemError(errno);
-    return result;
-  }
-  result.error = readStream(file, result.text);
-  if (file != stdin) std::fclose(file);
-  result.ok = result.error.empty();
-  if (result.text.starts_with("\xEF\xBB\xBF")) result.text.erase(0, 3);
-  return result;
-}
-
-std::string temporaryName(const std::string& path) {
-  std::error_code error;
-  const fs::path target = fs::is_symlink(path, error) ? fs::weakly_canonical(path, error) : fs::path(path);
-  return target.string() + ".part" + std::to_string(getpid());
-}
-
-std::string moveIntoPlace(const std::string& temporary, const std::string& path) {
-  std::error_code error;
-  const fs::path target = fs::is_symlink(path, error) ? fs::weakly_canonical(path, error) : fs::path(path);
-  std::string problem;
-  if (fs::exists(target, error) && !fs::is_regular_file(target, error)) {
-    const FileText finished = readTextFile(temporary);
-    problem = finished.ok ? writeDirectly(path, finished.text) : finished.error;
-    fs::remove(temporary, error);
-    return problem;
-  }
-  fs::rename(temporary, target, error);
-  if (!error) return problem;
-  problem = error.message();
-  fs::remove(temporary, error);
-  return problem;
+  FileBytes file = readWholeFile(path, true);
+  if (file.bytes.starts_with("\xEF\xBB\xBF")) file.bytes.erase(0, 3);
+  return {file.ok, std::move(file.bytes), std::move(file.error)};
 }
 
 std::string writeTextFile(const std::string& path, std::string_view text) {
-  if (path == "-") return writeStream(stdout, text, false);
-  std::error_code error;
-  if (fs::exists(path, error) && !fs::is_regular_file(path, error)) return writeDirectly(path, text);
-  const std::string temporary = temporaryName(path);
-  const std::string problem = writeDirectly(temporary, text);
-  if (problem.empty()) return moveIntoPlace(temporary, path);
-  fs::remove(temporary, error);
-  return problem;
+  return writeWholeFile(path == "-" ? "/dev/stdout" : path, text).reason;
 }
 
 }  // namespace tools

@@ -15,15 +15,7 @@ struct FileText {
 /// The text of `path`, of standard input for "-".
 FileText readTextFile(const std::string& path);
 
-/// A file name beside `path` for a file that is still being written.
-std::string temporaryName(const std::string& path);
-
-/// Moves the finished file `temporary` to `path`; a `path` that is no regular file (a pipe, a device) is
-/// written to instead. Returns an empty text, or what went wrong; `temporary` is gone afterwards.
-std::string moveIntoPlace(const std::string& temporary, const std::string& path);
-
-/// Writes `text` to `path` by way of a temporary name ("-" is standard output). Empty text, or what went
-/// wrong.
+/// Writes `text` to `path` as OutputFile does ("-" is standard output). Empty text, or what went wrong.
 std::string writeTextFile(const std::string& path, std::string_view text);
 
 }  // namespace tools

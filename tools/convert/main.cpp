@@ -6,6 +6,7 @@
 #include "convert/conversion.h"
 #include "convert/names.h"
 #include "convert/readers.h"
+#include "tables/programFrame.h"
 
 namespace {
 
@@ -95,7 +96,8 @@ int run(const tools::Arguments& arguments, const convert::Settings& settings) {
   printMessages(log);
   if (log.failed()) return ambiguous ? kChoiceNeeded : kBadInput;
   if (const std::string problem = convert::writeTable(conversion, log, output); !problem.empty()) {
-    std::fprintf(stderr, "orbeln-convert: %s: %s\n", output.c_str(), problem.c_str());
+    std::fprintf(stderr, "orbeln-convert: cannot write %s: %s\n",
+                 output == "-" ? "standard output" : output.c_str(), problem.c_str());
     return kBadInput;
   }
   if (arguments.has("--quiet")) return 0;
@@ -105,9 +107,7 @@ int run(const tools::Arguments& arguments, const convert::Settings& settings) {
   return 0;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int runConvert(int argc, char** argv) {
   const tools::Program self = program();
   const tools::Arguments arguments =
       tools::parseArguments(self, std::vector<std::string>(argv + 1, argv + argc));
@@ -117,4 +117,10 @@ int main(int argc, char** argv) {
     return usageError(self, problem);
   }
   return run(arguments, settings);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  return runProgramFrame("orbeln-convert", [&] { return runConvert(argc, argv); });
 }

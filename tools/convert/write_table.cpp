@@ -1,8 +1,6 @@
 // The converted rows as the program's input table, with the report in its remarks.
 #include <algorithm>
 #include <cctype>
-#include <filesystem>
-#include <fstream>
 
 #include "common/files.h"
 #include "convert/conversion.h"
@@ -65,33 +63,12 @@ void fillTable(const Conversion& conversion, const Log& log, GDB& table) {
   }
 }
 
-/// Where the table is put together: beside its destination, or in the temporary folder for standard output.
-std::string workingName(const std::string& path) {
-  std::error_code error;
-  const bool elsewhere =
-      path == "-" || (std::filesystem::exists(path, error) && !std::filesystem::is_regular_file(path, error));
-  if (!elsewhere) return tools::temporaryName(path);
-  return tools::temporaryName((std::filesystem::temp_directory_path(error) / "orbeln_table").string());
-}
-
 }  // namespace
 
 std::string writeTable(const Conversion& conversion, const Log& log, const std::string& path) {
   GDB table;
   fillTable(conversion, log, table);
-  const std::string temporary = workingName(path);
-  std::error_code error;
-  if (!std::ofstream(temporary)) return "the file cannot be written there";
-  table.saveGDB(temporary);
-  // A full disk shows when the table is read back.
-  if (GDB(temporary).entries.size() != conversion.rows.size()) {
-    std::filesystem::remove(temporary, error);
-    return "the table could not be written completely";
-  }
-  if (path != "-") return tools::moveIntoPlace(temporary, path);
-  const tools::FileText written = tools::readTextFile(temporary);
-  std::filesystem::remove(temporary, error);
-  return written.ok ? tools::writeTextFile("-", written.text) : written.error;
+  return tools::writeTextFile(path, table.toText());
 }
 
 std::vector<std::string> reportLines(const Conversion& conversion) {

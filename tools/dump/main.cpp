@@ -4,21 +4,26 @@
 //   orbeln-dump inputs LIST   residue vectors of the phi/psi and secondary-structure networks
 //   orbeln-dump chi1 LIST     fragments handed to the chi1 networks by the second search pass
 //   orbeln-dump times         loading time of every table of the installation
+//   orbeln-dump verify [DIR]  compares every table with the list that the installation carries
+//   orbeln-dump identity [DIR]  the short name of the installation DIR, as orbeln-run prints it
 //
 // LIST holds one job a line: INPUT.tab OUTPUT.tsv [options as for orbeln]. The installation is found as by
 // orbeln (ORBELN_DIR or -orbelnDir); the triplet library is read once.
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
 #include <iostream>
 #include <memory>
 #include <sstream>
 
+#include "common/installation.h"
 #include "driver/ORBEL.h"
 #include "driver/command_line.h"
 #include "driver/maps.h"
 #include "table_times.h"
+#include "tables/OutputFile.h"
+#include "tables/programFrame.h"
 #include "tables/text.h"
+#include "tables/wholeFile.h"
 
 namespace {
 
@@ -28,11 +33,12 @@ struct Job {
 };
 
 std::vector<Job> readJobs(const char* path) {
-  std::ifstream list(path);
-  if (!list) {
-    std::cerr << "orbeln-dump: can't open job list " << path << "\n";
+  FileBytes file = readWholeFile(path);
+  if (!file.ok) {
+    std::cerr << "orbeln-dump: can't open job list " << path << ": " << file.error << "\n";
     std::exit(1);
   }
+  std::istringstream list(std::move(file.bytes));
   std::vector<Job> jobs;
   std::string line;
   for (int number = 1; std::getline(list, line); ++number) {
@@ -127,19 +133,44 @@ void dumpChi1(ORBEL& run, std::ostream& out) {
   }
 }
 
-}  // namespace
+int noList(const std::string& folder) {
+  std::cerr << "orbeln-dump: " << folder << " carries no list of its tables (tab/TABLES.sha256)\n";
+  return 1;
+}
 
-int main(int argc, char** argv) {
+int identify(const std::string& folder) {
+  const std::string identity = tools::installationIdentity(folder);
+  if (identity.empty()) return noList(folder);
+  std::cout << identity << '\n';
+  return 0;
+}
+
+int verify(const std::string& folder) {
+  const tools::Verification found = tools::verifyInstallation(folder);
+  if (!found.listed) return noList(folder);
+  for (const std::string& fault : found.faults) std::cerr << "orbeln-dump: " << fault << "\n";
+  std::cout << "Installation " << tools::installationIdentity(folder) << ": " << found.tables << " tables, "
+            << (found.faults.empty() ? "all as listed" : std::to_string(found.faults.size()) + " faults")
+            << '\n';
+  return found.faults.empty() ? 0 : 1;
+}
+
+int runDump(int argc, char** argv) {
   if (argc == 2 && std::string_view(argv[1]) == "times") {
     const auto run = configure({});
     if (reportTableTimes(run->tabDir, run->atomNames)) return 0;
     std::cerr << "orbeln-dump: no tables in " << run->tabDir << ": set ORBELN_DIR to an installation\n";
     return 1;
   }
-  const std::string mode = argc == 3 ? argv[1] : "";
-  if (mode != "inputs" && mode != "chi1") {
+  const std::string mode = argc >= 2 && argc <= 3 ? argv[1] : "";
+  if (mode == "verify" || mode == "identity") {
+    const std::string folder = argc == 3 ? argv[2] : configure({})->installDir;
+    return mode == "verify" ? verify(folder) : identify(folder);
+  }
+  if (argc != 3 || (mode != "inputs" && mode != "chi1")) {
     std::cerr << "Usage: orbeln-dump inputs|chi1 LIST\n"
                  "       orbeln-dump times\n"
+                 "       orbeln-dump verify|identity [DIR]\n"
                  "LIST: one job a line, INPUT.tab OUTPUT.tsv [options as for orbeln]\n";
     return 1;
   }
@@ -148,18 +179,25 @@ int main(int argc, char** argv) {
   std::shared_ptr<const TripletLibrary> library;
   for (const Job& job : readJobs(argv[2])) {
     const auto run = configure(job);
+    if (library == nullptr) run->warnOfDamagedTables();
     prepare(*run, library);
-    std::ofstream out(job.output);
+    std::ostringstream out;
     if (mode == "inputs") {
       dumpInputs(*run, out);
     } else {
       dumpChi1(*run, out);
     }
-    out.close();
-    if (!out) {
-      std::cerr << "orbeln-dump: can't write " << job.output << "\n";
+    const WriteOutcome outcome = writeWholeFile(job.output, std::move(out).str());
+    if (outcome.state != WriteOutcome::State::Whole) {
+      std::cerr << "orbeln-dump: can't write " << job.output << ": " << outcome.reason << "\n";
       return 1;
     }
   }
   return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  return runProgramFrame("orbeln-dump", [&] { return runDump(argc, argv); });
 }

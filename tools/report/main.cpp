@@ -4,7 +4,10 @@
 #include <vector>
 
 #include "report/program.h"
+#include "tables/programFrame.h"
 
 int main(int argc, char** argv) {
-  return report::runProgram(std::vector<std::string>(argv + 1, argv + argc), std::cout, std::cerr);
+  return runProgramFrame("orbeln-report", [&] {
+    return report::runProgram(std::vector<std::string>(argv + 1, argv + argc), std::cout, std::cerr);
+  });
 }

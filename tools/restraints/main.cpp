@@ -4,7 +4,10 @@
 #include <vector>
 
 #include "restraints/program.h"
+#include "tables/programFrame.h"
 
 int main(int argc, char** argv) {
-  return restraints::runProgram(std::vector<std::string>(argv + 1, argv + argc), std::cout, std::cerr);
+  return runProgramFrame("orbeln-restraints", [&] {
+    return restraints::runProgram(std::vector<std::string>(argv + 1, argv + argc), std::cout, std::cerr);
+  });
 }

@@ -7,6 +7,7 @@
 #include "run/plan.h"
 #include "run/programs.h"
 #include "run/run_plan.h"
+#include "tables/programFrame.h"
 
 namespace {
 
@@ -20,9 +21,7 @@ int fail(const std::string& message) {
   return 1;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int runRun(int argc, char** argv) {
   const tools::Program self = run::runProgram();
   const tools::Arguments arguments =
       tools::parseArguments(self, std::vector<std::string>(argv + 1, argv + argc));
@@ -41,4 +40,10 @@ int main(int argc, char** argv) {
   if (!installation.error.empty()) return fail(installation.error);
   if (installation.guessed) std::printf("ORBELN_DIR is not set; using %s\n", installation.folder.c_str());
   return run::runPlan(plan, programs, installation.folder, isatty(STDOUT_FILENO) == 1);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  return runProgramFrame("orbeln-run", [&] { return runRun(argc, argv); });
 }

@@ -1,0 +1,92 @@
+// Whole runs on a synthetic installation with dense random networks, compared byte by byte with outputs that
+// a second, independent computation has confirmed (tests/golden/README.md).
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iomanip>
+#include <set>
+#include <sstream>
+
+#include "support/process.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using support::ProgramRun;
+
+const fs::path kGolden = ORBELN_GOLDEN;  // holds installation/ and expected/, unpacked by the build
+
+std::vector<std::string> lines(const fs::path& file) {
+  std::vector<std::string> result;
+  std::ifstream in(file, std::ios::binary);
+  for (std::string line; std::getline(in, line);) result.push_back(line + (in.eof() ? "" : "\n"));
+  return result;
+}
+
+/// Lines that tell the processor time, which no two runs share.
+bool isTiming(const std::string& line) {
+  return line.starts_with(" Running time: ");
+}
+
+/// "file:line: expected ... got ..." of the first line that differs; empty when the files are equal.
+std::string firstDifference(const fs::path& expected, const fs::path& actual) {
+  const auto want = lines(expected), got = lines(actual);
+  static const std::string kEnd = "(end of file)";
+  for (std::size_t i = 0; i < std::max(want.size(), got.size()); ++i) {
+    const std::string& a = i < want.size() ? want[i] : kEnd;
+    const std::string& b = i < got.size() ? got[i] : kEnd;
+    if (a == b || (isTiming(a) && isTiming(b))) continue;
+    return actual.filename().string() + ":" + std::to_string(i + 1) + ":\n  expected " + a + "\n  got      " +
+           b;
+  }
+  return {};
+}
+
+std::set<std::string> names(const fs::path& folder) {
+  std::set<std::string> result;
+  for (const auto& entry : fs::directory_iterator(folder)) result.insert(entry.path().filename().string());
+  return result;
+}
+
+std::vector<std::string> argumentLines() {
+  std::vector<std::string> result;
+  std::ifstream in(ORBELN_GOLDEN_RUNS);
+  for (std::string line; std::getline(in, line);) result.push_back(line);
+  return result;
+}
+
+class Golden : public testing::TestWithParam<int> {};
+
+TEST_P(Golden, EveryByteOfARun) {
+  const std::string arguments = argumentLines().at(static_cast<std::size_t>(GetParam()) - 1);
+  SCOPED_TRACE("orbeln " + arguments);
+  const support::TempDir folder;
+  // By a relative name, so that no path of this machine is printed.
+  fs::create_directory_symlink(kGolden / "installation", folder / "home");
+  const fs::path run = folder / "run", inputs = kGolden / "installation/in";
+  fs::copy(inputs, run);
+  const ProgramRun result = support::runOrbeln(run, "../home", support::split(arguments));
+  support::writeFile(run / "status.txt", std::to_string(result.status) + "\n");
+  support::writeFile(run / "stdout.txt", result.out);
+  support::writeFile(run / "stderr.txt", result.err);
+
+  std::ostringstream number;
+  number << std::setw(2) << std::setfill('0') << GetParam();
+  const fs::path expected = kGolden / "expected" / number.str();
+  std::set<std::string> files = names(inputs);
+  for (const std::string& name : files) EXPECT_EQ(firstDifference(inputs / name, run / name), "");
+  for (const std::string& name : names(expected)) {
+    files.insert(name);
+    if (fs::exists(run / name)) {
+      EXPECT_EQ(firstDifference(expected / name, run / name), "");
+    } else {
+      ADD_FAILURE() << name << " was not written";
+    }
+  }
+  EXPECT_EQ(names(run), files) << "a file that nobody expects";
+}
+
+INSTANTIATE_TEST_SUITE_P(Line, Golden, testing::Range(1, static_cast<int>(argumentLines().size()) + 1));
+
+}  // namespace
