@@ -43,10 +43,11 @@ def entry_row(record: dict[str, Any]) -> dict[str, Any]:
     return row
 
 
-def _offset(item: Any) -> str:
-    if not isinstance(item, dict):
-        return str(item)
-    return " ".join(str(value) for value in item.values())
+def _offset(found: dict[str, Any]) -> str:
+    """Nuclei, offset and error (ppm), as the report names them: "HA -0.229 +- 0.037"."""
+    error = found.get("error")
+    text = f"{found.get('nuclei')} {found.get('offset')}" + ("" if error is None else f" +- {error}")
+    return text + (" (subtracted)" if found.get("applied") else "")
 
 
 def read_groups(results: str) -> tuple[list[dict[str, Any]], list[str]]:
