@@ -256,7 +256,7 @@ def test_accuracy_by_hand():
         "entry": "e_1", "resid": [1, 2, 3, 4], "resname": ["A", "V", "L", "G"],
         "class": ["Strong", "Generous", "Warn", "Strong"], "phi": [-60.0, -60, -60, 80], "psi": [-40.0, 60, -40, 0],
         "ss_class": ["H", "H", "e", "L"], "ss_confidence": [0.9, 0.9, 0.5, 0.0],
-        "chi1_class": ["na", "g+", "na", "na"], "chi1": [None, 60.0, None, None],
+        "chi1_class": ["na", "g+", None, "na"], "chi1": [None, 60.0, None, None],
     }  # fmt: skip
     truth = pd.DataFrame(
         {
@@ -271,5 +271,6 @@ def test_accuracy_by_hand():
     assert (
         figures["structure from shifts, residues"] == 2 and figures["structure from shifts right, %"] == 50.0
     )
-    assert figures["residues with a rotamer"] == 2 and figures["chi1 right of those given, %"] == 100.0
+    assert figures["residues with a rotamer"] == 2 and figures["chi1 class given, %"] == 50.0
+    assert figures["chi1 right of those given, %"] == 100.0
     assert figures["residues of another type than in the truth table"] == 1

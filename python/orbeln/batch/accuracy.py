@@ -120,7 +120,9 @@ def _chi1(both: pd.DataFrame) -> dict[str, Any]:
     """Rotamers in the program's naming: valine is taken 120 degrees lower; none for Ala and Gly, nor for Pro."""
     sided = both[both["chi1_true"].notna() & ~both["resname"].str.upper().isin(list("AGPX"))]
     true = sided["chi1_true"].where(sided["resname"] != "V", difference(sided["chi1_true"] - 120.0, 0.0))
-    called = sided["chi1_class"] != "na"
+    called = sided["chi1_class"].isin(
+        ("g-", "g+", "t")
+    )  # na: no class; empty: a residue without a row in the table
     right = called & (sided["chi1_class"].to_numpy() == _rotamer(true))
     return {
         "residues with a rotamer": len(sided),

@@ -6,13 +6,24 @@ import subprocess
 import sys
 import time
 
-RUNNING = {"PENDING", "CONFIGURING", "COMPLETING", "RUNNING", "RESIZING", "SUSPENDED", "REQUEUED", "STAGE_OUT"}
+RUNNING = {
+    "PENDING",
+    "CONFIGURING",
+    "COMPLETING",
+    "RUNNING",
+    "RESIZING",
+    "SUSPENDED",
+    "REQUEUED",
+    "STAGE_OUT",
+}
 TRIES = 5
 
 
 def ask(*command):
     try:
-        done = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, check=False, timeout=60)
+        done = subprocess.run(
+            command, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, check=False, timeout=60
+        )
     except (OSError, subprocess.TimeoutExpired):
         return ""
     return done.stdout.decode("utf-8", "replace") if done.returncode == 0 else ""
