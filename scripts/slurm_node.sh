@@ -2,7 +2,8 @@
 # A Slurm cluster of one node on the loopback interface, to try the batch profile for real:
 #   eval "$(scripts/slurm_node.sh start FOLDER)"   # sets SLURM_CONF; FOLDER keeps key, state and logs
 #   scripts/slurm_node.sh stop FOLDER
-# Needs Debian's slurm-wlm and munge, and root, as slurmd does. Nothing is written outside FOLDER, and nothing listens beyond 127.0.0.1.
+# Needs Debian's slurm-wlm and munge, and root, as slurmd does. Nothing is written outside FOLDER, and nothing listens
+# beyond 127.0.0.1.
 set -euo pipefail
 
 CPUS=${CPUS:-$(nproc)}
@@ -72,17 +73,18 @@ start() {
 
 stop() {
   for name in slurmd slurmctld munged; do
-    if [ -e "$folder/$name.pid" ] && kill "$(cat "$folder/$name.pid")" 2>/dev/null; then
-      for _ in $(seq 50); do
-        [ -d "/proc/$(cat "$folder/$name.pid" 2>/dev/null || echo none)" ] || break
-        sleep 0.2
-      done
-    fi
+    [ -e "$folder/$name.pid" ] || continue
+    pid=$(cat "$folder/$name.pid")
+    kill "$pid" 2>/dev/null || continue
+    for _ in $(seq 50); do
+      kill -0 "$pid" 2>/dev/null || break
+      sleep 0.2
+    done
   done
   rm -f "$folder/slurm.conf" "$folder/munge.key"
 }
 
-[ $# -eq 2 ] || { sed -n '2,5p' "$0" >&2; exit 2; }
+[ $# -eq 2 ] || { sed -n '2,6p' "$0" >&2; exit 2; }
 node=$(uname -n)
 mkdir -p "$2"
 folder=$(cd "$2" && pwd)
