@@ -7,7 +7,10 @@ PYTHON_FOLDERS := training scripts tests/training
 TIDY = $(shell git ls-files -co --exclude-standard 'src/*.cpp' 'tools/*.cpp' 'tests/*.cpp' | grep -v '^tests/fuzz/libfuzzer/')
 SOURCES = $(shell git ls-files -co --exclude-standard '*.cpp' '*.h')
 
-.PHONY: help demo test build debug-test bench installation checksums data-table format format-check tidy fuzz check-tools deps clean
+PYTHON_PACKAGES := python3-numpy python3-pandas python3-matplotlib python3-pytest python3-nbclient python3-nbformat \
+  python3-ipykernel snakemake procps mypy flake8 black
+
+.PHONY: help demo test python-test python-deb build debug-test bench installation checksums data-table format format-check tidy fuzz check-tools deps clean
 
 help: ## list the targets
 	@awk -F ':.*## ' '/^[a-z-]+:.*## / {printf "  make %-14s %s\n", $$1, $$2}' Makefile
@@ -27,6 +30,14 @@ demo: deps ## build and predict human ubiquitin into build/demo
 
 test: ## build and run every test
 	@.ci/run
+
+python-test: build ## run the tests of the Python package, its notebook and the batch workflow; install what they need
+	@.ci/python-dependencies $(PYTHON_PACKAGES)
+	@cd python && mypy --config-file pyproject.toml orbeln
+	@ctest --preset release -R '^python_'
+
+python-deb: ## make the Debian package python3-orbeln in build/
+	@python/make_deb.sh build
 
 build: deps ## build the release preset in build/release
 	@cmake --preset release
