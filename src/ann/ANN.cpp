@@ -6,7 +6,7 @@
 #include <iostream>
 
 #include "ann/residue_vectors.h"
-#include "driver/maps.h"
+#include "base/maps.h"
 #include "tables/GDB2.h"
 
 namespace {

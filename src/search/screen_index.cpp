@@ -4,10 +4,9 @@
 #include <algorithm>
 #include <array>
 
-#include "driver/maps.h"
+#include "base/maps.h"
 
-ScreenIndex::ScreenIndex(const ORBEL& run) {
-  const DB& db = *run.fragmentDatabase;
+ScreenIndex::ScreenIndex(const DB& db, const SourceRanges& ranges) {
   keys.resize(toIndex(db.entryCount));
   std::array<int, 256> numbers{};  // from 1
   for (std::size_t i = 0; i < keys.size(); ++i) {
@@ -25,9 +24,9 @@ ScreenIndex::ScreenIndex(const ORBEL& run) {
     keys[i] = static_cast<std::uint16_t>(box | static_cast<std::uint32_t>(number - 1) << kCodeShift);
   }
   std::vector<int> back;
-  for (int p = 1; p < run.sourceCount; ++p) {
-    const int first = std::max(valueOr(run.sourceStart, p), 0);
-    const int last = std::min(valueOr(run.sourceEnd, p, -1), db.entryCount - 1);
+  for (int p = 1; p < ranges.count; ++p) {
+    const int first = std::max(valueOr(ranges.first, p), 0);
+    const int last = std::min(valueOr(ranges.last, p, -1), db.entryCount - 1);
     if (last < first) continue;
     sources.push_back({first, last});
     // Residue numbers are unsigned and negative ones wrap; steps are taken modulo 2^32.

@@ -6,11 +6,17 @@
 #include <memory>
 #include <string>
 
+#include "base/atoms.h"
+
+/// Entries that the program makes room for, given.
+inline constexpr std::int32_t kDatabaseCapacity = 2330110;
+
 /// Read-only database in flat arrays of fixed capacity; only the pages that are filled cost memory.
 class DB {
  public:
-  static constexpr int kShiftsPerEntry = 12;  ///< six (value, scale) pairs: N HA C CA CB HN
-  static constexpr int kAnglesPerEntry = 3;   ///< phi, psi, chi1 in degrees
+  static constexpr int kShiftsPerEntry =
+      2 * static_cast<int>(kAtoms);          ///< (value, scale) pairs in kAtomOrder
+  static constexpr int kAnglesPerEntry = 3;  ///< phi, psi, chi1 in degrees
 
   DB() = default;
   DB(const DB&) = delete;
@@ -26,10 +32,10 @@ class DB {
   const float* angles(std::int32_t i) const { return dbAngles.get() + std::size_t(i) * kAnglesPerEntry; }
   const std::string& source(std::int32_t i) const { return *dbSource[std::size_t(i)]; }
 
-  std::unique_ptr<float[]> dbShifts;               ///< entry i: 12 floats from i * 12
+  std::unique_ptr<float[]> dbShifts;               ///< entry i: kShiftsPerEntry floats
   std::unique_ptr<float[]> dbAngles;               ///< entry i: phi, psi, chi1 from i * 3
   std::unique_ptr<std::uint32_t[]> dbResid;        ///< residue number in the source (negative numbers wrap)
-  std::unique_ptr<std::uint32_t[]> dbClass;        ///< phi/psi box, 0..323
+  std::unique_ptr<std::uint32_t[]> dbClass;        ///< phi/psi box
   std::unique_ptr<char[]> dbResName;               ///< one-letter code
   std::unique_ptr<const std::string*[]> dbSource;  ///< into sourceNames
   std::deque<std::string> sourceNames;             ///< one per run of equal names, file order

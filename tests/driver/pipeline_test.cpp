@@ -3,8 +3,8 @@
 
 #include <cmath>
 
+#include "base/maps.h"
 #include "driver/ORBEL.h"
-#include "driver/maps.h"
 #include "support/process.h"
 
 namespace {

@@ -1,5 +1,5 @@
 // Prior of the phi/psi boxes.
-#include "ann/box_prior.h"
+#include "base/box_prior.h"
 
 #include <algorithm>
 #include <cmath>
@@ -28,10 +28,18 @@ const std::array<double, kPhiPsiBoxes> D324 = {
 };
 // clang-format on
 
+namespace {
+
+// Given; boxes below them hold too few residues for the prior to be more than noise.
+constexpr double kLowestWeight = 0.03;
+constexpr double kSparsePrior = 0.06;
+
+}  // namespace
+
 double boxWeight(int box) {
-  return std::max(0.03, std::sqrt(D324[static_cast<std::size_t>(box)]));
+  return std::max(kLowestWeight, std::sqrt(D324[static_cast<std::size_t>(box)]));
 }
 
 bool isSparseBox(int box) {
-  return D324[static_cast<std::size_t>(box)] < 0.06;
+  return D324[static_cast<std::size_t>(box)] < kSparsePrior;
 }

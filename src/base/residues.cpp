@@ -1,15 +1,15 @@
-// Three-letter residue names -> one-letter codes.
+// Three-letter residue names and their one-letter codes.
+#include "base/residues.h"
+
 #include <algorithm>
 #include <array>
 #include <utility>
-
-#include "tables/PDB.h"
 
 namespace {
 
 using NameCode = std::pair<std::string_view, char>;
 
-// Lower-case names carry a state: "cys" is disulfide-bonded. A '+' marks the protonated form.
+// The common name of a code stands first. A '+' marks the protonated form.
 constexpr std::array<NameCode, 25> kCodes{{
     {"ALA", 'A'}, {"CYS", 'C'},  {"cys", 'c'}, {"ASP", 'D'}, {"GLU", 'E'}, {"PHE", 'F'},  {"GLY", 'G'},
     {"HIS", 'H'}, {"HIS+", 'H'}, {"his", 'h'}, {"ILE", 'I'}, {"LYS", 'K'}, {"LYS+", 'K'}, {"LEU", 'L'},
@@ -19,8 +19,12 @@ constexpr std::array<NameCode, 25> kCodes{{
 
 }  // namespace
 
-std::string PDB::getOneAAName(std::string_view name) {
-  const auto it =
-      std::find_if(kCodes.begin(), kCodes.end(), [name](const NameCode& e) { return e.first == name; });
-  return {it == kCodes.end() ? 'X' : it->second};
+char oneLetterCode(std::string_view name) {
+  const auto it = std::ranges::find(kCodes, name, &NameCode::first);
+  return it == kCodes.end() ? 'X' : it->second;
+}
+
+std::string_view threeLetterName(char code) {
+  const auto it = std::ranges::find(kCodes, foldedCode(code), &NameCode::second);
+  return it == kCodes.end() ? std::string_view() : it->first;
 }

@@ -1,5 +1,5 @@
 // What no protein exceeds: larger numbers are mistakes in the input and end the run.
-#include "driver/limits.h"
+#include "base/limits.h"
 
 #include <cstdlib>
 #include <iostream>

@@ -3,13 +3,13 @@
 
 #include <array>
 
-inline constexpr int kPhiPsiBoxes = 324;  ///< 18 x 18 boxes of 20 degrees, 18 * phi index + psi index
+#include "base/boxes.h"
 
 /// How often proteins visit each box: the average over residues of known structure of exp(-d^2 / 2), d the
 /// distance in boxes between the residue's own torsions and the box centre. Sums to about 2 pi.
 extern const std::array<double, kPhiPsiBoxes> D324;
 
-/// Factor of a predicted box value: the square root of the prior, at least 0.03. `box` is 0 to 323.
+/// Factor of a predicted box value: the square root of the prior, at least 0.03. `box` is a box of the grid.
 double boxWeight(int box);
 
 /// True for boxes that few residues visit (prior below 0.06).

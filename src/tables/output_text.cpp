@@ -1,5 +1,5 @@
-// Building blocks of the output tables: text with printf formats.
-#include "ann/output_text.h"
+// Building blocks of the output tables: cells, text with printf formats.
+#include "tables/output_text.h"
 
 #include <array>
 #include <cstdarg>
@@ -28,3 +28,13 @@ void append(std::string& text, const char* format, ...) {
 }
 
 }  // namespace output_text
+
+std::string cellText(double value) {
+  std::array<char, 32> buffer;
+  std::snprintf(buffer.data(), buffer.size(), "%.6g", value);
+  return buffer.data();
+}
+
+std::string cellText(int value) {
+  return std::to_string(value);
+}

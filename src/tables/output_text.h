@@ -1,4 +1,4 @@
-// Building blocks of the output tables: text with printf formats.
+// Building blocks of the output tables: cells, text with printf formats.
 #pragma once
 
 #include <string>
@@ -14,3 +14,7 @@ inline std::string singleCode(const std::string& code) {
 }
 
 }  // namespace output_text
+
+/// Table-cell text of a number, six significant digits.
+std::string cellText(double value);
+std::string cellText(int value);

@@ -4,7 +4,8 @@
 #include <cmath>
 #include <limits>
 
-#include "driver/ORBEL.h"
+#include "base/angles.h"
+#include "base/statistics.h"
 
 namespace {
 
@@ -31,21 +32,21 @@ TEST(Statistics, CircularMean) {
                {{-1e30, 60.0}, 9999.0},    // no endless turning
                {{-60.0, kNaN, 60.0}, 9999.0}};
   for (const auto& c : cases) {
-    EXPECT_NEAR(ORBEL::getAVGAngle2(c.angles), c.mean, 1e-9) << testing::PrintToString(c.angles);
+    EXPECT_NEAR(circularMean(c.angles), c.mean, 1e-9) << testing::PrintToString(c.angles);
   }
 }
 
 TEST(Statistics, Spreads) {
-  EXPECT_EQ(ORBEL::getSTDAngle({}), 0.0);
-  EXPECT_EQ(ORBEL::getSTDAngle({12.0}), 180.0);
-  EXPECT_NEAR(ORBEL::getSTDAngle({-170.0, 170.0}), std::sqrt(200.0), 1e-9);  // 10 to either side of 180
-  EXPECT_NEAR(ORBEL::getSTDAngle({-10.0, 0.0, 10.0}), 10.0, 1e-9);
+  EXPECT_EQ(circularSpread({}), 0.0);
+  EXPECT_EQ(circularSpread({12.0}), 180.0);
+  EXPECT_NEAR(circularSpread({-170.0, 170.0}), std::sqrt(200.0), 1e-9);  // 10 to either side of 180
+  EXPECT_NEAR(circularSpread({-10.0, 0.0, 10.0}), 10.0, 1e-9);
 
-  EXPECT_EQ(ORBEL::getAverage({}), 0.0);
-  EXPECT_EQ(ORBEL::getAverage({1.0, 2.0, 6.0}), 3.0);
-  EXPECT_EQ(ORBEL::getSTDev({}), 0.0);
-  EXPECT_EQ(ORBEL::getSTDev({5.0}), 0.0);
-  EXPECT_NEAR(ORBEL::getSTDev({1.0, 2.0, 6.0}), std::sqrt(7.0), 1e-12);
+  EXPECT_EQ(average({}), 0.0);
+  EXPECT_EQ(average({1.0, 2.0, 6.0}), 3.0);
+  EXPECT_EQ(standardDeviation({}), 0.0);
+  EXPECT_EQ(standardDeviation({5.0}), 0.0);
+  EXPECT_NEAR(standardDeviation({1.0, 2.0, 6.0}), std::sqrt(7.0), 1e-12);
 }
 
 }  // namespace
