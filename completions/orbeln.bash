@@ -55,16 +55,17 @@ _orbeln_run() {
     -o|--output) compopt -o filenames; mapfile -t COMPREPLY < <(compgen -d -- "$cur"); return ;;
     -s|--sequence) _orbeln_files 'fasta|fa|seq|txt'; return ;;
     -f|--format) _orbeln_words "$_orbeln_shift_formats"; return ;;
-    --restraints) _orbeln_list "$_orbeln_restraint_formats none"; return ;;
+    --restraints) _orbeln_list "$_orbeln_restraint_formats star none"; return ;;
     --classes) _orbeln_list "$_orbeln_classes"; return ;;
     --coordinates) _orbeln_files 'pdb|gro'; return ;;
     -ref|--ref) _orbeln_files 'pdb|ent'; return ;;
-    -c|--chain|-l|--list|--first-resid|--factor|--floor) return ;;
+    --numbers) _orbeln_words 'original table'; return ;;
+    -c|--chain|-l|--list|--columns|--first-resid|--list-offset|--factor|--floor) return ;;
   esac
   case "$cur" in
-    -*) _orbeln_words '--output --all --chain --list --sequence --format --first-resid --keep-first --skip-ambiguous
-                       --mse-as-met --strict --iso --noproton --offset --noOxiCysCheck --ref --restraints
-                       --coordinates --classes --factor --floor --no-report --help --version' ;;
+    -*) _orbeln_words '--output --all --chain --list --sequence --format --columns --first-resid --list-offset --keep-first
+                       --skip-ambiguous --mse-as-met --modified-as-parent --strict --iso --noproton --offset --noOxiCysCheck --ref --restraints
+                       --coordinates --classes --factor --floor --numbers --drop-bad --unknown-types --no-report --help --version' ;;
     *) _orbeln_files "$_orbeln_shift_files" ;;
   esac
 }

@@ -14,7 +14,8 @@ ClassInput residue10(const Values& phi, const Values& psi, int count, double fle
 }
 
 const Values kTight = {-62, -58};
-const Values kWide = {-90, -30};  // spread 42.4
+const Values kWide = {-88.5, -31.5};        // spread 40.3
+const Values kNearlyWide = {-88.2, -31.8};  // spread 39.9
 const Values kPsi = {-42, -38};
 
 TEST(ClassRule, CountSpreadAndDynamics) {
@@ -30,6 +31,7 @@ TEST(ClassRule, CountSpreadAndDynamics) {
                {"few", 9, kTight, kPsi, 0.103, "Warn"},
                {"wide phi", 25, kWide, kPsi, 0.103, "Warn"},
                {"wide psi", 10, kTight, kWide, 0.103, "Warn"},
+               {"nearly wide", 25, kNearlyWide, kPsi, 0.103, "Strong"},
                {"flexible", 25, kTight, kPsi, 0.5, "Dyn"},
                {"flexible without consensus", 3, kTight, kPsi, 0.5, "Dyn"},
                {"just flexible", 25, kTight, kPsi, 0.4031, "Dyn"},

@@ -151,10 +151,15 @@ double RowReader::number(const std::string& column) {
 }
 
 int RowReader::integer(const std::string& column) {
+  constexpr int kLargest = 2000000000;  // neighbours of a residue number must be numbers, too
   int value = 0;
   const std::string& cell = GDB::cell(values, column);
-  if (tools::parseInteger(cell, value)) return value;
-  fail(column + " is '" + cell + "', not a whole number");
+  if (!tools::parseInteger(cell, value)) {
+    fail(column + " is '" + cell + "', not a whole number");
+    return 0;
+  }
+  if (value >= -kLargest && value <= kLargest) return value;
+  fail(column + " is '" + cell + "', beyond 2000000000");
   return 0;
 }
 

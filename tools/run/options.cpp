@@ -34,10 +34,13 @@ std::vector<tools::Option> options() {
           {"--list", "-l", "ID", "Convert this shift list."},
           {"--sequence", "-s", "FILE", "Take the sequence from this FASTA or XEASY .seq file."},
           {"--format", "-f", "NAME", "Format of INPUT, as for orbeln-convert."},
+          {"--columns", "", "LIST", "Columns of a table, as for orbeln-convert."},
           {"--first-resid", "", "N", "Give the first residue of the sequence this number."},
+          {"--list-offset", "", "N", "Move the shifts by N residues against the sequence."},
           {"--keep-first", "", "", "Of two values of one atom take the first one."},
           {"--skip-ambiguous", "", "", "Leave out ambiguous assignments."},
           {"--mse-as-met", "", "", "Take selenomethionine (MSE) as methionine."},
+          {"--modified-as-parent", "", "", "Take modified residues as the plain ones they were made from."},
           {"--strict", "", "", "Treat warnings of the conversion as errors."},
           {"--iso", "-iso", "", "Deuterated protein: isotope correction of CA and CB."},
           {"--noproton", "-noproton", "", "Ignore proton shifts."},
@@ -49,6 +52,9 @@ std::vector<tools::Option> options() {
           {"--classes", "", "LIST", "Classes that give restraints [Strong,Generous]."},
           {"--factor", "", "K", "Half width of restraints in standard deviations [2]."},
           {"--floor", "", "DEG", "Smallest half width of restraints in degrees [20]."},
+          {"--numbers", "", "WHICH", "Residue numbers of restraints: original or table [original]."},
+          {"--drop-bad", "", "", "With --ref: no restraints for residues of class Bad."},
+          {"--unknown-types", "", "", "Restraints for residues of unknown type (X), too."},
           {"--no-report", "", "", "Write no report page."}};
 }
 

@@ -19,12 +19,14 @@ namespace {
 constexpr const char* kReference = "reference.pdb";
 
 /// Options with a value and switches that go to the conversion as they are.
-constexpr std::array<const char*, 3> kConvertValues = {"--sequence", "--format", "--first-resid"};
-constexpr std::array<const char*, 4> kConvertSwitches = {"--keep-first", "--skip-ambiguous", "--mse-as-met",
-                                                         "--strict"};
+constexpr std::array<const char*, 5> kConvertValues = {"--sequence", "--format", "--columns", "--first-resid",
+                                                       "--list-offset"};
+constexpr std::array<const char*, 5> kConvertSwitches = {"--keep-first", "--skip-ambiguous", "--mse-as-met",
+                                                         "--modified-as-parent", "--strict"};
 constexpr std::array<const char*, 4> kPredictSwitches = {"--iso", "--noproton", "--offset",
                                                          "--noOxiCysCheck"};
-constexpr std::array<const char*, 3> kRestraintValues = {"--classes", "--factor", "--floor"};
+constexpr std::array<const char*, 4> kRestraintValues = {"--classes", "--factor", "--floor", "--numbers"};
+constexpr std::array<const char*, 2> kRestraintSwitches = {"--drop-bad", "--unknown-types"};
 
 struct RestraintFile {
   const char* format;
@@ -32,9 +34,10 @@ struct RestraintFile {
   bool needsCoordinates;
 };
 
-constexpr std::array<RestraintFile, 5> kRestraintFiles = {{{"xplor", "restraints.tbl", false},
+constexpr std::array<RestraintFile, 6> kRestraintFiles = {{{"xplor", "restraints.tbl", false},
                                                            {"cyana", "restraints.aco", false},
                                                            {"nef", "restraints.nef", false},
+                                                           {"star", "restraints.str", false},
                                                            {"gromacs", "restraints.itp", true},
                                                            {"amber", "restraints.rst", true}}};
 
@@ -47,7 +50,7 @@ std::vector<RestraintFile> restraintFiles(const tools::Arguments& arguments, std
     const auto file = std::find_if(kRestraintFiles.begin(), kRestraintFiles.end(),
                                    [&](const RestraintFile& known) { return name == known.format; });
     if (file == kRestraintFiles.end()) {
-      problem = "unknown restraint format '" + name + "': xplor, cyana, nef, gromacs, amber or none";
+      problem = "unknown restraint format '" + name + "': xplor, cyana, nef, star, gromacs, amber or none";
       return wanted;
     }
     if (file->needsCoordinates && !arguments.has("--coordinates")) {
@@ -131,14 +134,17 @@ Step reportStep(const Plan& plan) {
   return step;
 }
 
-Step restraintStep(const tools::Arguments& arguments, const RestraintFile& file) {
+Step restraintStep(const tools::Arguments& arguments, const RestraintFile& file, const std::string& table) {
   const std::string format = file.format;
   Step step{"write restraints (" + format + ")", "orbeln-restraints", {"pred.tab"}, true,
             "restraints_" + format + ".log",     {file.name},         false};
-  step.arguments.insert(step.arguments.end(),
-                        {"--chi1", "predChi1.tab", "--format", format, "-o", file.name});
+  step.arguments.insert(step.arguments.end(), {"--chi1", "predChi1.tab", "--input-table", table, "--format",
+                                               format, "-o", file.name});
   for (const char* option : kRestraintValues) {
     if (arguments.has(option)) step.arguments.insert(step.arguments.end(), {option, arguments.value(option)});
+  }
+  for (const char* option : kRestraintSwitches) {
+    if (arguments.has(option)) step.arguments.emplace_back(option);
   }
   if (file.needsCoordinates) {
     std::error_code error;
@@ -200,7 +206,7 @@ Plan makePlan(const tools::Arguments& arguments, const Job& job) {
   if (!arguments.has("--no-report")) plan.steps.push_back(reportStep(plan));
   std::string checked;  // by usageProblem()
   for (const RestraintFile& file : restraintFiles(arguments, checked))
-    plan.steps.push_back(restraintStep(arguments, file));
+    plan.steps.push_back(restraintStep(arguments, file, plan.table));
   return plan;
 }
 
