@@ -10,9 +10,10 @@ namespace tools {
 // More than any shift list or table of this program; an endless pipe must end as well.
 constexpr std::size_t kLargestFile = std::size_t{256} << 20;
 
-FileText readTextFile(const std::string& path) {
+FileText readTextFile(const std::string& path, std::string* original) {
   FileText result;
   FileBytes file = readWholeFile(path, true, kLargestFile + 1);
+  if (original != nullptr) *original = file.bytes;
   result.error = std::move(file.error);
   if (file.ok) result.error = binaryComplaint(file.bytes);
   if (result.error.empty() && file.bytes.size() > kLargestFile)

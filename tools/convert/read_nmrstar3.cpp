@@ -37,14 +37,15 @@ struct ShiftColumns {
   int assembly, entity, index, sequence, comp, atom, value, ambiguity, author, asym, strand, list;
 };
 
-/// The shift lists while they are read: one for each save frame, or for each number outside of frames.
+/// The shift lists while they are read: one for each save frame; where that does not tell its number, one for
+/// each number of its rows.
 class Lists {
  public:
   explicit Lists(Entry& entry) : entry_(entry) {}
 
   /// Index of the list in Entry::lists.
   std::size_t of(const Frame& frame, std::size_t frameIndex, const std::string& rowNumber) {
-    const bool bare = frame.name.empty() && !frame.has("_Assigned_chem_shift_list.ID");
+    const bool bare = !frame.has("_Assigned_chem_shift_list.ID");
     const std::string number = frame.text("_Assigned_chem_shift_list.ID");
     const auto [it, added] =
         known_.emplace(std::to_string(frameIndex) + "/" + (bare ? rowNumber : ""), numbers_.size());

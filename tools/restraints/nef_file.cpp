@@ -33,7 +33,8 @@ std::string plainType(const std::string& name) {
 }  // namespace
 
 std::optional<NefFile> NefFile::load(const std::string& path, std::string& error) {
-  const tools::FileText content = tools::readTextFile(path);
+  std::string original;
+  const tools::FileText content = tools::readTextFile(path, &original);
   tools::Log log(path);
   convert::star::Document document;
   NefFile result;
@@ -46,7 +47,10 @@ std::optional<NefFile> NefFile::load(const std::string& path, std::string& error
     error = path + ": holds several data blocks; which one the list belongs to is not clear";
   }
   if (!error.empty()) return std::nullopt;
-  result.text = content.text;
+  // The user's bytes stay as they are, but for encodings that nothing can be added to.
+  const bool wide = original.find('\0') != std::string::npos;
+  if (original.starts_with("\xEF\xBB\xBF")) original.erase(0, 3);
+  result.text = wide ? content.text : std::move(original);
   for (const convert::star::Frame& frame : document.frames) {
     result.frameNames.insert(frame.name);
     const convert::star::Loop* loop = frame.loopWith("_nef_sequence.residue_name");
