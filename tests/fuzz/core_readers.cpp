@@ -139,7 +139,7 @@ void readCommandLine(const std::string&, std::string_view input) {
   for (std::string& word : words) pointers.push_back(word.data());
   pointers.push_back(nullptr);
   const ORBEL run;
-  parseCommandLine(static_cast<int>(words.size()), pointers.data(), run);
+  parseCommandLine(static_cast<int>(words.size()), pointers.data(), run.acceptedOptions);
 }
 
 }  // namespace
