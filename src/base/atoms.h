@@ -47,7 +47,7 @@ constexpr bool isProton(std::string_view name) {
 }
 
 /// Tables may name the amide proton H.
-inline std::string backboneName(std::string name) {
+inline std::string backboneName(const std::string& name) {
   return name == "H" ? atomName(Atom::HN) : name;
 }
 
