@@ -152,8 +152,8 @@ std::string helpText(const Program& program) {
 }
 
 int usageError(const Program& program, const std::string& message, std::ostream& err) {
-  err << program.name << ": " << printable(message) << "\nUsage: " << program.name << " " << program.usage << "\nTry '"
-      << program.name << " --help' for more.\n";
+  err << program.name << ": " << printable(message) << "\nUsage: " << program.name << " " << program.usage
+      << "\nTry '" << program.name << " --help' for more.\n";
   return 2;
 }
 

@@ -13,8 +13,8 @@ struct FileText {
   std::string error;     ///< why it could not be read, in words
 };
 
-/// The text of `path`, of standard input for "-". Binary files and more than 256 MB are refused. `original` gets
-/// the bytes as they stand in the file.
+/// The text of `path`, of standard input for "-". Binary files and more than 256 MB are refused. `original`
+/// gets the bytes as they stand in the file.
 FileText readTextFile(const std::string& path, std::string* original = nullptr);
 
 /// Writes `text` to `path` as OutputFile does ("-" is standard output). Empty text, or what went wrong.

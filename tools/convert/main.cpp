@@ -20,40 +20,44 @@ constexpr std::size_t kChoicesInOneLine = 10, kLongestLine = 400;
 tools::Program program() {
   std::string formats;
   for (const std::string& name : convert::formatNames()) formats += (formats.empty() ? "" : ", ") + name;
-  return {"orbeln-convert",
-          "INPUT -o TABLE [OPTIONS]",
-          "Converts assigned chemical shifts (NMR-STAR 3 and 2.1, NEF, XEASY, Sparky/POKY, SHIFTY, PIPP, "
-          "CSV/TSV) "
-          "to the "
-          "input table of orbeln. The format is recognised by the content. INPUT and TABLE may be '-' for "
-          "standard "
-          "input and output.",
-          {{"--output", "-o", "TABLE", "Write the table to this file."},
-           {"--chain", "-c", "ID", "Convert this chain (identifier, PDB chain letter or name)."},
-           {"--list", "-l", "ID", "Convert this shift list (identifier or name)."},
-           {"--sequence", "-s", "FILE", "Take the sequence from this FASTA or XEASY .seq file."},
-           {"--format", "-f", "NAME", "Read INPUT as one of: " + formats + "."},
-           {"--columns", "", "LIST",
-            "Columns of a table, by heading or position, as in resid=1,resname=2,atom=3,shift=ppm; also "
-            "residue or "
-            "assignment (labels such as M1 or M1CA), chain, list, and N, HN, CA ... where each atom has a "
-            "column."},
-           {"--first-resid", "", "N", "Give the first residue of the sequence this number."},
-           {"--list-offset", "", "N", "Move the shifts by N residues against the sequence."},
-           {"--keep-first", "", "", "Where an atom stands twice with different values, take the first one."},
-           {"--skip-ambiguous", "", "", "Leave out assignments with ambiguity code 4, 5, 6 or 9."},
-           {"--mse-as-met", "", "", "Take selenomethionine (MSE) as methionine."},
-           {"--modified-as-parent", "", "",
-            "Take modified residues (MSE, SEP, HYP ...) as the plain ones they were made from, without the "
-            "shifts that the modification changes."},
-           {"--strict", "", "", "Refuse to guess: treat warnings as errors."},
-           {"--quiet", "-q", "", "Print warnings and errors only."}},
-          "Exit status: 0 converted; 1 the input cannot be converted; 2 wrong usage;\n"
-          "3 several chains or shift lists, and none was chosen.\n\n"
-          "Examples:\n"
-          "  orbeln-convert bmr17769.str -o ubiquitin.tab\n"
-          "  orbeln-convert dimer.nef --chain B -o monomer.tab\n"
-          "  orbeln-convert peaks.list --sequence protein.fasta -o protein.tab\n"};
+  return {
+      "orbeln-convert",
+      "INPUT -o TABLE [OPTIONS]",
+      "Converts assigned chemical shifts (NMR-STAR 3 and 2.1, NEF, XEASY, Sparky/POKY, SHIFTY, PIPP, "
+      "CSV/TSV) "
+      "to the "
+      "input table of orbeln. The format is recognised by the content. INPUT and TABLE may be '-' for "
+      "standard "
+      "input and output.",
+      {{"--output", "-o", "TABLE", "Write the table to this file."},
+       {"--chain", "-c", "ID", "Convert this chain (identifier, PDB chain letter or name)."},
+       {"--list", "-l", "ID", "Convert this shift list (identifier or name)."},
+       {"--sequence", "-s", "FILE", "Take the sequence from this FASTA or XEASY .seq file."},
+       {"--format", "-f", "NAME", "Read INPUT as one of: " + formats + "."},
+       {"--columns", "", "LIST",
+        "Columns of a table, by heading or position, as in resid=1,resname=2,atom=3,shift=ppm; also "
+        "residue or "
+        "assignment (labels such as M1 or M1CA), chain, list, and N, HN, CA ... where each atom has a "
+        "column."},
+       {"--first-resid", "", "N", "Give the first residue of the sequence this number."},
+       {"--list-offset", "", "N", "Move the shifts by N residues against the sequence."},
+       {"--keep-first", "", "", "Where an atom stands twice with different values, take the first one."},
+       {"--skip-ambiguous", "", "", "Leave out assignments with ambiguity code 4, 5, 6 or 9."},
+       {"--mse-as-met", "", "", "Take selenomethionine (MSE) as methionine."},
+       {"--modified-as-parent", "", "",
+        "Take modified residues (MSE, SEP, HYP ...) as the plain ones they were made from, without the "
+        "shifts that the modification changes."},
+       {"--choices", "", "",
+        "Convert nothing; print the protein chains and shift lists that can be chosen, tab-separated, one "
+        "pair a line."},
+       {"--strict", "", "", "Refuse to guess: treat warnings as errors."},
+       {"--quiet", "-q", "", "Print warnings and errors only."}},
+      "Exit status: 0 converted; 1 the input cannot be converted; 2 wrong usage;\n"
+      "3 several chains or shift lists, and none was chosen.\n\n"
+      "Examples:\n"
+      "  orbeln-convert bmr17769.str -o ubiquitin.tab\n"
+      "  orbeln-convert dimer.nef --chain B -o monomer.tab\n"
+      "  orbeln-convert peaks.list --sequence protein.fasta -o protein.tab\n"};
 }
 
 convert::Settings settingsFrom(const tools::Arguments& arguments) {
