@@ -8,9 +8,27 @@
 
 ScreenIndex::ScreenIndex(const ORBEL& run) {
   const DB& db = *run.fragmentDatabase;
-  keys.resize(toIndex(db.entryCount));
+  for (int p = 1; p < run.sourceCount; ++p) {
+    const int first = std::max(valueOr(run.sourceStart, p), 0);
+    const int last = std::min(valueOr(run.sourceEnd, p, -1), db.entryCount - 1);
+    if (first <= last) sources.push_back({first, last});
+  }
+  if (db.screenKeys != nullptr) {
+    keys = {db.screenKeys->keys.get(), toIndex(db.entryCount)};
+    codes = db.screenKeys->codes;
+    hasOtherCodes = db.screenKeys->hasOtherCodes;
+    return;
+  }
+  makeKeys(db);
+  for (const Source& source : sources) addReach(db, source);
+  keys = made_;
+}
+
+/// Boxes and numbers of the residue codes.
+void ScreenIndex::makeKeys(const DB& db) {
+  made_.resize(toIndex(db.entryCount));
   std::array<int, 256> numbers{};  // from 1
-  for (std::size_t i = 0; i < keys.size(); ++i) {
+  for (std::size_t i = 0; i < made_.size(); ++i) {
     int& number = numbers[static_cast<unsigned char>(db.dbResName[i])];
     if (number == 0) {
       if (codes.size() < kCommonCodes) {
@@ -22,26 +40,23 @@ ScreenIndex::ScreenIndex(const ORBEL& run) {
       }
     }
     const auto box = std::min<std::uint32_t>(db.dbClass[i], kNoBox);
-    keys[i] = static_cast<std::uint16_t>(box | static_cast<std::uint32_t>(number - 1) << kCodeShift);
+    made_[i] = static_cast<std::uint16_t>(box | static_cast<std::uint32_t>(number - 1) << kCodeShift);
   }
-  std::vector<int> back;
-  for (int p = 1; p < run.sourceCount; ++p) {
-    const int first = std::max(valueOr(run.sourceStart, p), 0);
-    const int last = std::min(valueOr(run.sourceEnd, p, -1), db.entryCount - 1);
-    if (last < first) continue;
-    sources.push_back({first, last});
-    // Residue numbers are unsigned and negative ones wrap; steps are taken modulo 2^32.
-    const auto follows = [&](int i) { return db.dbResid[toIndex(i)] - db.dbResid[toIndex(i - 1)] == 1; };
-    back.assign(toIndex(last - first) + 1, 0);
-    for (int i = first + 1; i <= last; ++i) {
-      if (follows(i)) back[toIndex(i - first)] = std::min(back[toIndex(i - first - 1)] + 1, kMaxHalfWidth);
-    }
-    int ahead = 0;
-    for (int i = last; i >= first; --i) {
-      ahead = i < last && follows(i + 1) ? std::min(ahead + 1, kMaxHalfWidth) : 0;
-      const int reach = std::min(ahead, back[toIndex(i - first)]);
-      keys[toIndex(i)] = static_cast<std::uint16_t>(keys[toIndex(i)] | reach << kReachShift);
-    }
+}
+
+void ScreenIndex::addReach(const DB& db, const Source& source) {
+  const auto [first, last] = source;
+  // Residue numbers are unsigned and negative ones wrap; steps are taken modulo 2^32.
+  const auto follows = [&](int i) { return db.dbResid[toIndex(i)] - db.dbResid[toIndex(i - 1)] == 1; };
+  std::vector<int> back(toIndex(last - first) + 1);
+  for (int i = first + 1; i <= last; ++i) {
+    if (follows(i)) back[toIndex(i - first)] = std::min(back[toIndex(i - first - 1)] + 1, kMaxHalfWidth);
+  }
+  int ahead = 0;
+  for (int i = last; i >= first; --i) {
+    ahead = i < last && follows(i + 1) ? std::min(ahead + 1, kMaxHalfWidth) : 0;
+    const int reach = std::min(ahead, back[toIndex(i - first)]);
+    made_[toIndex(i)] = static_cast<std::uint16_t>(made_[toIndex(i)] | reach << kReachShift);
   }
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <vector>
 
 #include "driver/ORBEL.h"
@@ -10,6 +11,8 @@
 /// Compact copy of the database for scanning, valid while database and source index stay as they are.
 struct ScreenIndex {
   explicit ScreenIndex(const ORBEL& run);
+  ScreenIndex(const ScreenIndex&) = delete;
+  ScreenIndex& operator=(const ScreenIndex&) = delete;
 
   struct Source {
     int first = 0, last = -1;  ///< entries, ascending from source to source
@@ -27,8 +30,14 @@ struct ScreenIndex {
 
   /// [entry]: box; how far (0 to 3) the residue numbers run on without a gap to both sides inside the source;
   /// number of the residue code, kCommonCodes for every further one.
-  std::vector<std::uint16_t> keys;
+  std::span<const std::uint16_t> keys;
   std::vector<char> codes;     ///< code of each number
   bool hasOtherCodes = false;  ///< whether some code has no number of its own
   std::vector<Source> sources;
+
+ private:
+  std::vector<std::uint16_t> made_;  ///< the keys of a database that brings none
+
+  void makeKeys(const DB& db);
+  void addReach(const DB& db, const Source& source);
 };

@@ -6,12 +6,15 @@
 #include "driver/angles.h"
 #include "driver/maps.h"
 #include "shifts/triplet_distance.h"
+#include "shifts/triplet_image.h"
 #include "tables/text.h"
 
 /// Reads orbel_obsCS.tab; rows of an excluded source keep their centre shifts but match nothing.
 void ORBEL::loadTripletLibrary() {
-  auto library = std::make_shared<TripletLibrary>(
-      readTripletLibrary(tabDir + pathSeparator + "orbel_obsCS.tab", atomNames));
+  const std::string file = tabDir + pathSeparator + "orbel_obsCS.tab";
+  std::optional<TripletLibrary> imaged = loadTripletImage(file);
+  auto library = std::make_shared<TripletLibrary>(imaged ? std::move(*imaged)
+                                                         : readTripletLibrary(file, atomNames));
   excludeSources(*library, exclusionList);
   tripletLibrary = std::move(library);
 }

@@ -20,12 +20,9 @@ namespace {
 namespace fs = std::filesystem;
 constexpr int kReadings = 3;
 
-struct TableShape {
-  int rows = 0;
-  int columns = 0;  ///< of the VARS line
-};
+}  // namespace
 
-TableShape shapeOf(const fs::path& file) {
+TableShape shapeOfTable(const std::string& file) {
   std::ifstream in(file);
   TableShape shape;
   for (std::string line; std::getline(in, line);) {
@@ -41,6 +38,8 @@ TableShape shapeOf(const fs::path& file) {
   }
   return shape;
 }
+
+namespace {
 
 /// What the program does with a table of this name.
 std::function<void()> reader(const fs::path& path, const TableShape& shape,
@@ -90,7 +89,7 @@ bool reportTableTimes(const std::string& folder, const std::map<int, std::string
   }
   std::sort(files.begin(), files.end());
   for (const fs::path& file : files) {
-    const TableShape shape = shapeOf(file);
+    const TableShape shape = shapeOfTable(file);
     const double milliseconds = fastest(reader(file, shape, atomNames));
     std::printf("%s\t%ju\t%d\t%.2f\n", file.filename().c_str(), fs::file_size(file, error), shape.rows,
                 milliseconds);

@@ -4,6 +4,12 @@
 #include <map>
 #include <string>
 
+struct TableShape {
+  int rows = 0;
+  int columns = 0;  ///< of the VARS line
+};
+TableShape shapeOfTable(const std::string& file);
+
 /// Reads each table of the folder the way the program does, three times, and writes one tab-separated row a
 /// table to standard output: name, bytes, data rows, milliseconds of the fastest reading. False when the
 /// folder holds none.
