@@ -156,7 +156,8 @@ void LayerWeights::seal() {
   // Without the sign, the bits of floats order as their magnitudes, infinity and what is no number last.
   constexpr std::uint32_t kSign = 0x80000000U;
   std::uint32_t largest = 0;
-  for (const float value : unpacked_) largest = std::max(largest, std::bit_cast<std::uint32_t>(value) & ~kSign);
+  for (const float value : unpacked_)
+    largest = std::max(largest, std::bit_cast<std::uint32_t>(value) & ~kSign);
   const auto magnitude = static_cast<double>(std::bit_cast<float>(largest));
   maxAbs = std::isfinite(magnitude) ? magnitude : std::numeric_limits<double>::infinity();
   runs.clear();

@@ -32,8 +32,8 @@ struct LayerWeights {
   void seal();
   std::size_t tiles() const { return static_cast<std::size_t>((rows + kTile - 1) / kTile); }
 
-  int rows = 0;  ///< units
-  int cols = 0;  ///< inputs per unit
+  int rows = 0;                                             ///< units
+  int cols = 0;                                             ///< inputs per unit
   double maxAbs = std::numeric_limits<double>::infinity();  ///< infinity while unsealed or not all finite
   std::vector<UnitRun> runs;                                ///< weights outside the runs are exactly zero
   std::vector<std::uint32_t> firstRun;   ///< [tile * cols + input] -> its first run; one more at the end

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -84,11 +85,13 @@ char* ORBEL::ftoa(double value, char* buffer, char conversion, int precision) {
 }
 
 std::string ORBEL::cellText(double value) {
-  std::array<char, 420> buffer{};
-  return ftoa(value, buffer.data(), 'g', 6);
+  std::array<char, 32> buffer;
+  // By its definition the same characters as ftoa's.
+  const auto end =
+      std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, std::chars_format::general, 6);
+  return {buffer.data(), end.ptr};
 }
 
 std::string ORBEL::cellText(int value) {
-  std::array<char, 12> buffer{};
-  return itoa(value, buffer.data(), 10);
+  return std::to_string(value);
 }

@@ -60,8 +60,8 @@ class ORBEL {
   void buildSourceIndex();
   void runFirstPass();
   void runSecondPass();
-  void searchAgain();   ///< both passes anew, on the database's text
-  void writeResults();  ///< the tables of torsions, chi1 and matches
+  void searchAgain();                  ///< both passes anew, on the database's text
+  void writeResults();                 ///< the tables of torsions, chi1 and matches
   bool isSearchable(int resid) const;  ///< inside the shift range and not a chain end
   void storeConsensus(int resid);      ///< consensus of the match lists -> predCount, predPhi ...
 

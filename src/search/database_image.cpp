@@ -75,6 +75,7 @@ image::Parts encodeDatabase(const DB& db, const ScreenIndex& index) {
   image::appendArray(parts.bulk, std::span(db.dbShifts.get(), n * DB::kShiftsPerEntry));
   image::appendArray(parts.bulk, std::span(db.dbAngles.get(), n * DB::kAnglesPerEntry));
   image::appendArray(parts.bulk, std::span(db.dbResid.get(), n));
+  image::appendArray(parts.bulk, index.places);  // last: see placesInImage
   return parts;
 }
 
@@ -95,10 +96,14 @@ bool decodeDatabase(const image::ImagedTable& table, DB& db) {
   const auto shifts = bulk.array<float>(n * DB::kShiftsPerEntry);
   const auto angles = bulk.array<float>(n * DB::kAnglesPerEntry);
   const auto resid = bulk.array<std::uint32_t>(n);
-  if (!guide.ok() || !bulk.ok() || codes.size() > ScreenIndex::kCommonCodes || !staysInside(keys))
+  const auto places = bulk.array<ScreenIndex::Place>(n);
+  const bool placesAtEnd = places.empty() || std::as_bytes(places).data() + places.size_bytes() ==
+                                                 table.bulk.bytes.data() + table.bulk.bytes.size();
+  if (!guide.ok() || !bulk.ok() || !placesAtEnd || codes.size() > ScreenIndex::kCommonCodes ||
+      !staysInside(keys))
     return false;
-  db.screenKeys = std::make_shared<DB::ScreenKeys>(
-      DB::ScreenKeys{{codes.begin(), codes.end()}, arrayIn(table.guideOwner, keys), counts.hasOtherCodes != 0});
+  db.screenKeys = std::make_shared<DB::ScreenKeys>(DB::ScreenKeys{
+      {codes.begin(), codes.end()}, arrayIn(table.guideOwner, keys), counts.hasOtherCodes != 0});
   db.dbResName = arrayIn(table.guideOwner, resNames);
   db.dbShifts = arrayIn(table.bulk.owner, shifts);
   db.dbAngles = arrayIn(table.bulk.owner, angles);
@@ -106,6 +111,12 @@ bool decodeDatabase(const image::ImagedTable& table, DB& db) {
   db.dbClass = nullptr;
   db.imaged = table.bulk;
   return true;
+}
+
+std::span<const ScreenIndex::Place> placesInImage(const DB& db) {
+  const auto n = static_cast<std::size_t>(db.entryCount);
+  const auto bytes = db.imaged.bytes.last(n * sizeof(ScreenIndex::Place));
+  return {reinterpret_cast<const ScreenIndex::Place*>(bytes.data()), n};
 }
 
 bool loadDatabaseImage(DB& db, const std::string& path, image::Bulk use) {

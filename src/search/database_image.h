@@ -14,5 +14,8 @@ image::Parts encodeDatabase(const DB& db, const ScreenIndex& index);
 /// Fills `db`; false when the parts are not those of a database of at most `db.maxDBSize` entries.
 bool decodeDatabase(const image::ImagedTable& table, DB& db);
 
+/// The places of the pre-screen in the image that `db` was loaded from, as long as `db` lives.
+std::span<const ScreenIndex::Place> placesInImage(const DB& db);
+
 /// The database `path` from the image in its folder. False, and nothing said, when there is none that fits.
 bool loadDatabaseImage(DB& db, const std::string& path, image::Bulk use);

@@ -5,6 +5,7 @@
 #include <array>
 
 #include "driver/maps.h"
+#include "search/database_image.h"
 
 ScreenIndex::ScreenIndex(const ORBEL& run) {
   const DB& db = *run.fragmentDatabase;
@@ -17,11 +18,46 @@ ScreenIndex::ScreenIndex(const ORBEL& run) {
     keys = {db.screenKeys->keys.get(), toIndex(db.entryCount)};
     codes = db.screenKeys->codes;
     hasOtherCodes = db.screenKeys->hasOtherCodes;
-    return;
+  } else {
+    makeKeys(db);
+    for (const Source& source : sources) addReach(db, source);
+    keys = made_;
   }
-  makeKeys(db);
-  for (const Source& source : sources) addReach(db, source);
-  keys = made_;
+  countGroups();
+  if (db.screenKeys != nullptr) {
+    places = placesInImage(db);
+  } else {
+    makePlaces();
+    places = madePlaces_;
+  }
+}
+
+namespace {
+
+std::size_t groupOf(std::uint16_t key) {
+  return (key & ScreenIndex::kBoxMask) * ScreenIndex::kCodeNumbers +
+         static_cast<std::size_t>(key >> ScreenIndex::kCodeShift);
+}
+
+}  // namespace
+
+void ScreenIndex::countGroups() {
+  groupStart.assign((kBoxMask + 1) * kCodeNumbers + 1, 0);
+  for (const std::uint16_t key : keys) ++groupStart[groupOf(key) + 1];
+  for (std::size_t g = 1; g < groupStart.size(); ++g) groupStart[g] += groupStart[g - 1];
+}
+
+void ScreenIndex::makePlaces() {
+  std::vector<std::uint32_t> next = groupStart;
+  madePlaces_.resize(keys.size());
+  for (std::size_t i = 0; i < keys.size(); ++i) {
+    Place& place = madePlaces_[next[groupOf(keys[i])]++];
+    const auto steps = static_cast<std::uint32_t>(reach(keys[i]));
+    place.entryAndReach = static_cast<std::uint32_t>(i) | steps << Place::kEntryBits;
+    if (steps == 0) continue;
+    place.before = keys[i - 1];
+    place.after = keys[i + 1];
+  }
 }
 
 /// Boxes and numbers of the residue codes.

@@ -21,10 +21,27 @@ struct ScreenIndex {
   static constexpr int kReachShift = 9, kReachMask = 3, kCodeShift = 11;
   static constexpr std::uint16_t kNoBox = 324;     ///< every class key beyond the boxes
   static constexpr std::size_t kCommonCodes = 31;  ///< codes with a number of their own
-  static constexpr std::size_t kKeys = std::size_t{1} << 16;
 
   static int reach(std::uint16_t key) { return key >> kReachShift & kReachMask; }
 
+  static constexpr std::size_t kCodeNumbers = kCommonCodes + 1;
+
+  /// An entry with the keys of its neighbours. It may lie in an image that changes: check before following
+  /// it.
+  struct Place {
+    static constexpr int kEntryBits = 25;
+    std::uint32_t entryAndReach = 0;
+    std::uint16_t before = 0, after = 0;  ///< 0 for an entry without reach
+
+    int entry() const { return static_cast<int>(entryAndReach & ((std::uint32_t{1} << kEntryBits) - 1)); }
+    int reach() const { return static_cast<int>(entryAndReach >> kEntryBits); }
+  };
+
+  /// The entries of one box and code number in ascending order.
+  std::span<const Place> group(std::size_t box, std::size_t number) const {
+    const std::size_t g = box * kCodeNumbers + number;
+    return places.subspan(groupStart[g], groupStart[g + 1] - groupStart[g]);
+  }
   /// Last entry of the source that holds `entry`.
   int endOfSource(int entry) const;
 
@@ -34,10 +51,15 @@ struct ScreenIndex {
   std::vector<char> codes;     ///< code of each number
   bool hasOtherCodes = false;  ///< whether some code has no number of its own
   std::vector<Source> sources;
+  std::span<const Place> places;          ///< all entries, by box and code
+  std::vector<std::uint32_t> groupStart;  ///< [box * kCodeNumbers + number]; one more at the end
 
  private:
   std::vector<std::uint16_t> made_;  ///< the keys of a database that brings none
+  std::vector<Place> madePlaces_;
 
   void makeKeys(const DB& db);
   void addReach(const DB& db, const Source& source);
+  void countGroups();
+  void makePlaces();
 };

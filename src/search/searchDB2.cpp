@@ -42,8 +42,10 @@ void refillMatches(ORBEL& run, int resid, const CandidateMap& candidates, const 
     const CandidateMap kept = agreeing(candidates, *run.fragmentDatabase, agreement, kMatchTolerance);
     list = cutToSmallest(kept, kMatchesKept, kMatchesCut);
   }
-  std::map<int, double> keyOf;
-  for (const auto& [key, entry] : candidates) keyOf[entry] = key;
+  std::map<int, double> keyOf;  // for the report only
+  if (!run.quiet) {
+    for (const auto& [key, entry] : candidates) keyOf[entry] = key;
+  }
   fillMatchLists(run, resid, list, keyOf, " r2");
 }
 

@@ -13,8 +13,8 @@
 void ORBEL::loadTripletLibrary() {
   const std::string file = tabDir + pathSeparator + "orbel_obsCS.tab";
   std::optional<TripletLibrary> imaged = loadTripletImage(file);
-  auto library = std::make_shared<TripletLibrary>(imaged ? std::move(*imaged)
-                                                         : readTripletLibrary(file, atomNames));
+  auto library =
+      std::make_shared<TripletLibrary>(imaged ? std::move(*imaged) : readTripletLibrary(file, atomNames));
   excludeSources(*library, exclusionList);
   tripletLibrary = std::move(library);
 }

@@ -32,9 +32,8 @@ struct Filling {
     resid[i] = record.resid;
     boxClass[i] = record.boxClass;
     resName[i] = record.resName;
-    const bool sameSource =
-        !db.dbSource.empty() && (record.source.data() == db.dbSource.back().name.data() ||
-                                 record.source == db.dbSource.back().name);
+    const bool sameSource = !db.dbSource.empty() && (record.source.data() == db.dbSource.back().name.data() ||
+                                                     record.source == db.dbSource.back().name);
     if (!sameSource) db.dbSource.push_back({db.entryCount, std::string(record.source)});
     ++db.entryCount;
   }

@@ -98,9 +98,10 @@ TEST_F(Outputs, StandardOutputThatFails) {
       {"$O-convert query.tab -o new.tab >/dev/full",
        "orbeln-convert: standard output: No space left on device\n", 1},
       {"$O-convert query.tab -o /dev/full", "cannot write /dev/full: No space left on device\n", 1},
-      {"$O-restraints pred.tab --format xplor -o - >/dev/full", "orbeln-restraints: standard output: No space left on device\n",
-       1},
-      {"$O-restraints pred.tab --format xplor -o - >&-", "orbeln-restraints: standard output: Bad file descriptor\n", 1},
+      {"$O-restraints pred.tab --format xplor -o - >/dev/full",
+       "orbeln-restraints: standard output: No space left on device\n", 1},
+      {"$O-restraints pred.tab --format xplor -o - >&-",
+       "orbeln-restraints: standard output: Bad file descriptor\n", 1},
       {"$O-report . --tsv - >/dev/full", "orbeln-report: standard output: No space left on device\n", 1},
       {"$O-report . --tsv - >&-", "orbeln-report: standard output: Bad file descriptor\n", 1},
       {"$O-run --help >/dev/full", "orbeln-run: standard output: No space left on device\n", 1}};

@@ -30,11 +30,11 @@ std::optional<image::Parts> layerParts(const fs::path& file) {
   LayerShape layerShape;
   layerShape.members = five ? 5 : 3;
   layerShape.units = shape.rows / static_cast<int>(layerShape.members);
-  layerShape.inputs = shape.columns - 1;  // the last column is the bias
+  layerShape.inputs = shape.inputs;
   if (layerShape.units < 1 || layerShape.inputs < 1) return std::nullopt;
   ANN::Layer layer;
-  (five ? SSANN::loadWeightBias5
-        : ANN::loadWeightBias3)(file.string(), layer, layerShape.units, layerShape.inputs);
+  (five ? SSANN::loadWeightBias5 : ANN::loadWeightBias3)(file.string(), layer, layerShape.units,
+                                                         layerShape.inputs);
   return encodeLayer(layer, layerShape);
 }
 
@@ -161,7 +161,8 @@ void verifyPart(const MappedFile& file, const image::Part& part, const std::stri
 
 ImageReport writeTableImage(const std::string& folder) {
   ImageReport report;
-  // A table that changes twice within a tick of the file system's clock keeps its time: let the clock move on.
+  // A table that changes twice within a tick of the file system's clock keeps its time: let the clock move
+  // on.
   std::this_thread::sleep_for(std::chrono::milliseconds(50));
   std::vector<Imaged> tables;
   for (const fs::path& file : filesIn(folder)) {

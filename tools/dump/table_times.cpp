@@ -31,7 +31,7 @@ TableShape shapeOfTable(const std::string& file) {
     if (!(words >> word) || word == "REMARK" || word == "FORMAT" || word == "DATA" || word[0] == '#')
       continue;
     if (word == "VARS") {
-      while (words >> word) ++shape.columns;
+      while (words >> word) shape.inputs += word.find_first_not_of("0123456789") == std::string::npos ? 1 : 0;
     } else {
       ++shape.rows;
     }
@@ -52,7 +52,7 @@ std::function<void()> reader(const fs::path& path, const TableShape& shape,
   if (name == "orbel_obsCS.tab") {
     return [file, &atomNames] { readTripletLibrary(file, atomNames); };
   }
-  const int inputs = shape.columns - 1;  // the last column is the bias
+  const int inputs = shape.inputs;
   if (name.starts_with("seqSS15.")) {
     return [file, rows = shape.rows / 5, inputs] {
       ANN::Layer layer;

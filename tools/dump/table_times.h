@@ -6,7 +6,7 @@
 
 struct TableShape {
   int rows = 0;
-  int columns = 0;  ///< of the VARS line
+  int inputs = 0;  ///< columns of a weight table that are named by a number
 };
 TableShape shapeOfTable(const std::string& file);
 
