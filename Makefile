@@ -2,9 +2,15 @@
 SHELL := bash
 DEMO := build/demo
 RELEASE := build/release
+SECONDS := 60
+PYTHON_FOLDERS := training scripts tests/training
+TIDY = $(shell git ls-files -co --exclude-standard 'src/*.cpp' 'tools/*.cpp' 'tests/*.cpp' | grep -v '^tests/fuzz/libfuzzer/')
 SOURCES = $(shell git ls-files -co --exclude-standard '*.cpp' '*.h')
 
-.PHONY: help demo test build debug-test bench installation checksums data-table format format-check tidy deps clean
+PYTHON_PACKAGES := python3-numpy python3-pandas python3-matplotlib python3-pytest python3-nbclient python3-nbformat \
+  python3-ipykernel snakemake procps mypy flake8 black
+
+.PHONY: help demo test python-test python-deb build debug-test bench installation checksums data-table format format-check tidy fuzz check-tools deps clean
 
 help: ## list the targets
 	@awk -F ':.*## ' '/^[a-z-]+:.*## / {printf "  make %-14s %s\n", $$1, $$2}' Makefile
@@ -24,6 +30,14 @@ demo: deps ## build and predict human ubiquitin into build/demo
 
 test: ## build and run every test
 	@.ci/run
+
+python-test: build ## run the tests of the Python package, its notebook and the batch workflow; install what they need
+	@.ci/python-dependencies $(PYTHON_PACKAGES)
+	@cd python && mypy --config-file pyproject.toml orbeln
+	@ctest --preset release -R '^python_'
+
+python-deb: ## make the Debian package python3-orbeln in build/
+	@python/make_deb.sh build
 
 build: deps ## build the release preset in build/release
 	@cmake --preset release
@@ -52,16 +66,26 @@ checksums: ## write data/SHA256SUMS after the tables in data/ have changed
 data-table: build ## rewrite the table list of docs/DATA.md from the built installation
 	@scripts/data_table.py --install $(RELEASE)/install --dump $(RELEASE)/orbeln-dump --data data docs/DATA.md
 
-format: ## reformat every source file
+format: check-tools ## reformat every source file
 	@clang-format -i $(SOURCES)
+	@isort -q $(PYTHON_FOLDERS)
+	@black -q $(PYTHON_FOLDERS)
 
-format-check: ## fail when a source file is not in the house format
+format-check: check-tools ## fail when a source file is not in the house format
 	@clang-format --dry-run -Werror $(SOURCES)
+	@isort -q --check $(PYTHON_FOLDERS)
+	@black -q --check $(PYTHON_FOLDERS)
 
-tidy: deps ## static analysis of the program (clang-tidy)
+tidy: deps check-tools ## static analysis: clang-tidy over src, tools, tests; flake8 over the Python code
 	@cmake --preset release >/dev/null
-	@printf '%s\n' $(wildcard src/*/*.cpp) | \
-	  xargs -P 2 -n 1 clang-tidy --quiet --extra-arg=-Wno-unknown-warning-option -p $(RELEASE)
+	@flake8 $(PYTHON_FOLDERS)
+	@printf '%s\n' $(TIDY) | xargs -P 2 -n 1 clang-tidy --quiet --extra-arg=-Wno-unknown-warning-option -p $(RELEASE)
+
+fuzz: build ## fuzz every reader: make fuzz SECONDS=60 HARNESS="table convert-nef" (all of them)
+	@scripts/fuzz.sh "$(SECONDS)" $(HARNESS)
+
+check-tools:
+	@.ci/dependencies check
 
 deps:
 	@.ci/dependencies

@@ -9,11 +9,15 @@
 #include <string_view>
 #include <vector>
 
+#include "base/angles.h"
+#include "base/boxes.h"
+#include "base/missing.h"
+#include "base/residues.h"
+
 namespace bench {
 namespace {
 
 namespace fs = std::filesystem;
-constexpr std::string_view kCodes = "ACDEFGHIKLMNPQRSTVWY";
 
 /// A file that is written under a temporary name and renamed when it is complete.
 class Output {
@@ -66,11 +70,12 @@ class Chain {
         {{-1.2, -0.33, 1.7, 2.9, -0.8, -0.1}, {2.3, 0.5, -1.5, -1.1, 1.7, 0.4}, {-0.5, 0, -0.2, 0.3, 0, 0}}};
     static constexpr std::array<double, 6> kSpread = {2.2, 0.2, 0.9, 0.8, 0.85, 0.4};
     Residue r;
-    r.code = kCodes[static_cast<std::size_t>(below(20))];
-    r.phi = wrapped(kCentre[static_cast<std::size_t>(segment_)][0] + 15 * normal_(random_));
-    r.psi = wrapped(kCentre[static_cast<std::size_t>(segment_)][1] + 15 * normal_(random_));
-    r.chi1 = r.code == 'A' || r.code == 'G' ? 9999.0 : 120.0 * below(3) - 60.0 - (below(3) == 2 ? 0.5 : 0.0);
-    if (r.chi1 < 999.0) r.chi1 = wrapped(r.chi1);
+    r.code = kAminoAcids[static_cast<std::size_t>(below(20))];
+    r.phi = wrapOnce(kCentre[static_cast<std::size_t>(segment_)][0] + 15 * normal_(random_));
+    r.psi = wrapOnce(kCentre[static_cast<std::size_t>(segment_)][1] + 15 * normal_(random_));
+    r.chi1 = r.code == 'A' || r.code == 'G' ? kMissingValue
+                                            : 120.0 * below(3) - 60.0 - (below(3) == 2 ? 0.5 : 0.0);
+    if (isPresent(r.chi1)) r.chi1 = wrapOnce(r.chi1);
     for (std::size_t a = 0; a < 6; ++a) {
       r.shifts[a] = kShift[static_cast<std::size_t>(segment_)][a] + kSpread[a] * normal_(random_);
     }
@@ -80,10 +85,6 @@ class Chain {
   double symmetric() { return 2.0 * (static_cast<double>(random_()) / 4294967296.0) - 1.0; }
 
  private:
-  static double wrapped(double angle) {
-    return angle > 180 ? angle - 360 : angle < -180 ? angle + 360 : angle;
-  }
-
   std::mt19937 random_;
   std::normal_distribution<double> normal_{0.0, 1.0};
   int segment_ = 0;
@@ -107,7 +108,7 @@ bool writeTriplets(const std::string& path, int rows, std::uint32_t seed) {
     for (int p = 1; p <= 3; ++p) {
       const Chain::Residue r = chain.next();
       out.print(" %c", r.code);
-      for (const double shift : r.shifts) out.print(" %.3f", chain.below(5) == 0 ? 9999.0 : shift);
+      for (const double shift : r.shifts) out.print(" %.3f", chain.below(5) == 0 ? kMissingValue : shift);
     }
     out.print("%s", "\n");
   }
@@ -157,14 +158,15 @@ bool writeNetwork(const std::string& tab, const Network& n, std::uint32_t seed) 
 }
 
 bool writeNetworks(const std::string& tab, std::uint32_t seed) {
-  std::vector<Network> networks = {{"surf20", {160, 180, 324, 1620, 360, 324}, 3, true},
-                                   {"surf20_hyb", {160, 180, 324, 0, 0, 0}, 3, false},
-                                   {"ss", {96, 20, 3, 9, 6, 3}, 3, true},
-                                   {"ss.center", {84, 20, 3, 9, 6, 3}, 3, true},
-                                   {"ss.prev", {84, 20, 3, 9, 6, 3}, 3, true},
-                                   {"ss.next", {84, 20, 3, 9, 6, 3}, 3, true},
-                                   {"ss5", {164, 40, 3, 19, 6, 3}, 3, true},
-                                   {"seqSS", {272, 60, 3, 51, 15, 3}, 3, true}};
+  std::vector<Network> networks = {
+      {"surf20", {160, 180, kPhiPsiBoxes, 5 * kPhiPsiBoxes, 360, kPhiPsiBoxes}, 3, true},
+      {"surf20_hyb", {160, 180, kPhiPsiBoxes, 0, 0, 0}, 3, false},
+      {"ss", {96, 20, 3, 9, 6, 3}, 3, true},
+      {"ss.center", {84, 20, 3, 9, 6, 3}, 3, true},
+      {"ss.prev", {84, 20, 3, 9, 6, 3}, 3, true},
+      {"ss.next", {84, 20, 3, 9, 6, 3}, 3, true},
+      {"ss5", {164, 40, 3, 19, 6, 3}, 3, true},
+      {"seqSS", {272, 60, 3, 51, 15, 3}, 3, true}};
   for (const Network& network : networks) {
     if (!writeNetwork(tab, network, seed += 10)) return false;
   }
@@ -215,8 +217,8 @@ bool writeDatabase(const std::string& path, int records, std::uint32_t seed) {
     }
     resid += chain.below(60) == 0 ? 4 : 1;  // gaps
     const Chain::Residue r = chain.next();
-    const int box =
-        18 * (static_cast<int>((r.phi + 180) / 20) % 18) + static_cast<int>((r.psi + 180) / 20) % 18;
+    const int box = boxAt(psiIndexOf(static_cast<int>(axisPosition(r.phi))),
+                          psiIndexOf(static_cast<int>(axisPosition(r.psi))));
     std::string line;
     std::array<char, 160> text{};
     std::snprintf(text.data(), text.size(), "S%05d %c %d %.1f %.1f %.1f %d", source, r.code, resid, r.phi,

@@ -1,5 +1,6 @@
 #!/usr/bin/python3
-"""Accuracy of the built program on proteins of known structure: accuracy.py --help. The code is in accuracy/."""
+"""Accuracy of the built program on proteins of known structure: accuracy.py --help. The code is in
+accuracy/."""
 
 import os
 import sys
@@ -10,7 +11,9 @@ try:
 except ModuleNotFoundError as error:
     if error.name != "numpy":
         raise
-    sys.exit(f"{sys.executable} has no numpy: install Debian's python3-numpy and run /usr/bin/python3 {sys.argv[0]}")
+    sys.exit(
+        f"{sys.executable} has no numpy: install Debian's python3-numpy and run /usr/bin/python3 {sys.argv[0]}"
+    )
 
 if __name__ == "__main__":
     sys.exit(main())

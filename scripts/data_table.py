@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Rewrites the list of tables in docs/DATA.md from a built installation, with counts, sizes and loading times.
+"""Rewrites the list of tables in docs/DATA.md from a built installation, with counts, sizes and loading
+times.
 
 usage: data_table.py --install build/release/install --dump build/release/orbeln-dump --data data docs/DATA.md
 """
@@ -26,14 +27,26 @@ ORIGINS = {
     "orbel.tab": ("reference", "fragment database", "paired proteins and X-ray chains"),
     "orbel_obsCS.tab": ("reference", "triplet library", "paired proteins"),
     "surf20": ("level1, folds", "phi/psi map", "paired proteins and X-ray chains with simulated shifts"),
-    "surf20_hyb": ("hybrid", "phi/psi map of sparse data", "paired proteins and X-ray chains with simulated shifts"),
-    "ss": ("structure", "structure, three residues", "paired proteins and X-ray chains with simulated shifts"),
+    "surf20_hyb": (
+        "hybrid",
+        "phi/psi map of sparse data",
+        "paired proteins and X-ray chains with simulated shifts",
+    ),
+    "ss": (
+        "structure",
+        "structure, three residues",
+        "paired proteins and X-ray chains with simulated shifts",
+    ),
     "ss.center": ("structure", "the same without shifts of the residue", "as ss"),
     "ss.prev": ("structure", "the same without shifts of the residue before", "as ss"),
     "ss.next": ("structure", "the same without shifts of the residue after", "as ss"),
     "ss5": ("structure", "structure, five residues", "as ss"),
     "seqSS": ("sequence", "structure from sequence and neighbours", "paired proteins and X-ray chains"),
-    "seqSS15": ("sequence", "structure from a sequence profile", "paired proteins and X-ray chains, PSI-BLAST"),
+    "seqSS15": (
+        "sequence",
+        "structure from a sequence profile",
+        "paired proteins and X-ray chains, PSI-BLAST",
+    ),
     "chi1_*": ("chi1", "17 networks, one a residue type", "fragments of the second search pass"),
     "chi1.tab": ("chi1", "rotamer probabilities by score", "proteins held out of the chi1 networks"),
 }
@@ -49,8 +62,9 @@ def group_of(name):
 def table_times(dump, install):
     """{group: [files, bytes, rows, milliseconds]}"""
     environment = dict(os.environ, ORBELN_DIR=os.path.abspath(install))
-    result = subprocess.run([os.path.abspath(dump), "times"], env=environment, capture_output=True, text=True,
-                            check=False)
+    result = subprocess.run(
+        [os.path.abspath(dump), "times"], env=environment, capture_output=True, text=True, check=False
+    )
     if result.returncode != 0:
         sys.exit(f"{dump} times: {result.stderr.strip()}")
     groups = collections.defaultdict(lambda: [0, 0, 0, 0.0])
@@ -79,33 +93,43 @@ def section(options):
     unknown = set(groups) - set(ORIGINS)
     if unknown:
         sys.exit(f"{sys.argv[0]}: no origin known of {', '.join(sorted(unknown))}: add it to ORIGINS")
-    packed = {name: os.path.getsize(os.path.join(options.data, name))
-              for name in sorted(os.listdir(options.data)) if name.endswith(".tar.xz")}
+    packed = {
+        name: os.path.getsize(os.path.join(options.data, name))
+        for name in sorted(os.listdir(options.data))
+        if name.endswith(".tar.xz")
+    }
     plain = os.path.join(options.data, "tab")
     plain_size = sum(os.path.getsize(os.path.join(plain, name)) for name in os.listdir(plain))
     total = sum(packed.values()) + plain_size
     inside, proteins, others, chains = database_counts(os.path.join(options.install, "tab", "orbel.tab"))
     lines = [
-        BEGIN, "",
-        f"As of {datetime.date.today().isoformat()}. Committed: " +
-        ", ".join(f"{name} {size / 1e6:.2f} MB" for name, size in packed.items()) +
-        f", tab/ {plain_size / 1e3:.0f} kB; {total / 1e6:.1f} MB in all. Unpacked: "
+        BEGIN,
+        "",
+        f"As of {datetime.date.today().isoformat()}. Committed: "
+        + ", ".join(f"{name} {size / 1e6:.2f} MB" for name, size in packed.items())
+        + f", tab/ {plain_size / 1e3:.0f} kB; {total / 1e6:.1f} MB in all. Unpacked: "
         f"{sum(group[1] for group in groups.values()) / 1e6:.0f} MB.",
         f"Database: {inside:,} records of {proteins} proteins with observed shifts, {others:,} of {chains:,} chains",
-        "with predicted shifts. Loading: fastest of three readings by the program's own reader, one core.", "",
+        "with predicted shifts. Loading: fastest of three readings by the program's own reader, one core.",
+        "",
         "| table or network | stage | content | from | files | rows | kB | loading, ms |",
-        "| --- | --- | --- | --- | --- | --- | --- | --- |"]
+        "| --- | --- | --- | --- | --- | --- | --- | --- |",
+    ]
     for name, (stage, content, origin) in ORIGINS.items():
         if name in groups:
             files, size, rows, milliseconds = groups[name]
-            lines.append(f"| {name} | {stage} | {content} | {origin} | {files} | {rows:,} | {size / 1e3:,.0f} | "
-                         f"{milliseconds:.1f} |")
+            lines.append(
+                f"| {name} | {stage} | {content} | {origin} | {files} | {rows:,} | {size / 1e3:,.0f} | "
+                f"{milliseconds:.1f} |"
+            )
     lines += ["", f"All tables: {sum(group[3] for group in groups.values()):.0f} ms.", "", END]
     return "\n".join(lines)
 
 
 def main():
-    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser = argparse.ArgumentParser(
+        description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter
+    )
     parser.add_argument("--install", required=True, help="installation folder (holds tab/)")
     parser.add_argument("--dump", required=True, help="path of the built orbeln-dump")
     parser.add_argument("--data", required=True, help="the project's data folder")
@@ -115,7 +139,7 @@ def main():
         text = handle.read()
     if BEGIN not in text or END not in text:
         sys.exit(f"{options.document}: lacks the lines '{BEGIN}' and '{END}'")
-    text = text[:text.index(BEGIN)] + section(options) + text[text.index(END) + len(END):]
+    text = text[: text.index(BEGIN)] + section(options) + text[text.index(END) + len(END) :]
     with open(options.document, "w") as handle:
         handle.write(text)
 

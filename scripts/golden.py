@@ -26,7 +26,9 @@ def run_line(program, arguments, inputs, results):
         folder = scratch / "run"
         shutil.copytree(inputs, folder)
         environment = dict(os.environ, ORBELN_DIR="../home")
-        done = subprocess.run([program, *arguments], cwd=folder, env=environment, capture_output=True, check=False)
+        done = subprocess.run(
+            [program, *arguments], cwd=folder, env=environment, capture_output=True, check=False
+        )
         results.mkdir(parents=True)
         for file in sorted(folder.iterdir()):
             if not (inputs / file.name).exists():
@@ -43,7 +45,9 @@ def anonymous(member):
 
 
 def main():
-    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser = argparse.ArgumentParser(
+        description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter
+    )
     parser.add_argument("program", type=pathlib.Path)
     parser.add_argument("--into", type=pathlib.Path)
     options = parser.parse_args()

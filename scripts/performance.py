@@ -3,8 +3,8 @@
 
 usage: performance.py BENCHMARK.json PERFORMANCE.md [IDENTITY.txt]
 
-IDENTITY.txt holds what scripts/same_output.py printed for the builds before and after the last change of a kernel; its
-last line is quoted.
+IDENTITY.txt holds what scripts/same_output.py printed for the builds before and after the last change of a
+kernel; its last line is quoted.
 """
 import json
 import platform
@@ -44,7 +44,13 @@ def processor():
 
 
 def title(row):
-    return row["name"].split("/iterations")[0].split("/repeats")[0].replace("/real_time", "").replace("/manual_time", "")
+    return (
+        row["name"]
+        .split("/iterations")[0]
+        .split("/repeats")[0]
+        .replace("/real_time", "")
+        .replace("/manual_time", "")
+    )
 
 
 def is_wall(row):
@@ -167,8 +173,12 @@ def stage_lines(best):
 
 
 def benchmark_lines(best):
-    lines = ["## Benchmarks", "", "| benchmark | time | rate | checksum | times faster than plain |",
-             "| --- | --- | --- | --- | --- |"]
+    lines = [
+        "## Benchmarks",
+        "",
+        "| benchmark | time | rate | checksum | times faster than plain |",
+        "| --- | --- | --- | --- | --- |",
+    ]
     for name, row in best.items():
         if row.get("error_occurred"):
             lines.append(f"| {name} | failed: {row['error_message']} | | | |")
@@ -179,7 +189,9 @@ def benchmark_lines(best):
         text = f"{faster:.1f}" if faster is not None else ""
         if faster is not None and checksum(plain_of(row, best)) != checksum(row):
             text += " (RESULTS DIFFER)"
-        lines.append(f"| {name} | {shown_time(row):.3g} {row['time_unit']} | {rate(row)} | {checksum(row)} | {text} |")
+        lines.append(
+            f"| {name} | {shown_time(row):.3g} {row['time_unit']} | {rate(row)} | {checksum(row)} | {text} |"
+        )
     return lines
 
 
@@ -192,16 +204,20 @@ def main():
     lines = [
         "# Performance",
         "",
-        f"`make bench`, {date.today().isoformat()}, {processor()}, one core used; the fastest of the repetitions. Times are of",
-        "one call (kernels) or one run of the program (wall time, start and reading of all tables included). The database has",
-        "2,330,110 records unless a row says otherwise; kernels with a plain rendering are compared with it in the same run, and",
+        f"`make bench`, {date.today().isoformat()}, {processor()}, one core used; the fastest of the",
+        "repetitions. Times are of one call (kernels) or one run of the program (wall time, start and reading of all",
+        "tables included). The database has 2,330,110 records unless a row says otherwise; kernels with a plain",
+        "rendering are compared with it in the same run, and",
         "equal checksums show equal results. The plain renderings are those that the tests compare bit for bit.",
         "",
     ]
     if len(sys.argv) == 4:
         with open(sys.argv[3], encoding="utf-8") as source:
-            lines += [f"Output before and after the last change of the kernels (`scripts/same_output.py`): "
-                      f"{source.read().strip().splitlines()[-1]}.", ""]
+            lines += [
+                f"Output before and after the last change of the kernels (`scripts/same_output.py`): "
+                f"{source.read().strip().splitlines()[-1]}.",
+                "",
+            ]
     lines += target_lines(best) + [""] + stage_lines(best) + [""] + benchmark_lines(best)
     with open(sys.argv[2], "w", encoding="utf-8") as out:
         out.write("\n".join(lines) + "\n")

@@ -3,9 +3,10 @@
 
 usage: same_output.py BEFORE AFTER INSTALLATION [CASES]
 
-Compared are exit status, standard output, standard error and all output files; only the line with the running time
-may differ. CASES is a text file of command lines (optionally a name and a tab in front) that run beside its folder's
-files. Without it, the ubiquitin example and inputs derived from it are run with several option sets.
+Compared are exit status, standard output, standard error and all output files; only the line with the running
+time may differ. CASES is a text file of command lines (optionally a name and a tab in front) that run beside
+its folder's files. Without it, the ubiquitin example and inputs derived from it are run with several option
+sets.
 """
 import os
 import re
@@ -70,7 +71,10 @@ def run(program, options, installation, inputs):
             os.symlink(os.path.join(inputs, name), os.path.join(folder, name))
         given = set(os.listdir(folder))
         done = subprocess.run(
-            [program] + options.split(), cwd=folder, capture_output=True, check=False,
+            [program] + options.split(),
+            cwd=folder,
+            capture_output=True,
+            check=False,
             env={**os.environ, "ORBELN_DIR": installation},
         )
         result = {
@@ -93,8 +97,10 @@ def main():
         cases = default_cases(scratch) if len(sys.argv) == 4 else read_cases(sys.argv[4])
         files = differing = 0
         with ThreadPoolExecutor(2) as pool:
-            runs = [[pool.submit(run, program, case, installation, inputs) for program in (before, after)]
-                    for case in cases]
+            runs = [
+                [pool.submit(run, program, case, installation, inputs) for program in (before, after)]
+                for case in cases
+            ]
             for case, pair in zip(cases, runs):
                 old, new = (future.result() for future in pair)
                 files += len(old)

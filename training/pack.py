@@ -1,5 +1,6 @@
 #!/usr/bin/python3
-"""Packs an installation for the project's data/ folder: small tables plain, networks and libraries as .tar.xz."""
+"""Packs an installation for the project's data/ folder: small tables plain, networks and libraries as
+.tar.xz."""
 
 import argparse
 import io
@@ -8,8 +9,18 @@ import os
 import shutil
 import tarfile
 
-PLAIN = ("randcoil.tab", "rcadj.tab", "rcprev.tab", "rcnext.tab", "isoadj.tab", "sslimit.tab", "homology.tab",
-         "weight.tab", "BLOSUM62.tab", "chi1.tab")
+PLAIN = (
+    "randcoil.tab",
+    "rcadj.tab",
+    "rcprev.tab",
+    "rcnext.tab",
+    "isoadj.tab",
+    "sslimit.tab",
+    "homology.tab",
+    "weight.tab",
+    "BLOSUM62.tab",
+    "chi1.tab",
+)
 LIBRARIES = ("orbel.tab", "orbel_obsCS.tab")
 
 

@@ -1,5 +1,6 @@
 #!/usr/bin/python3
-"""Sequence profiles by psiblast, in the checkpoint form that the program reads with -blast_check: profiles.py --help"""
+"""Sequence profiles by psiblast, in the checkpoint form that the program reads with -blast_check: profiles.py
+--help"""
 
 import argparse
 import os
@@ -12,8 +13,8 @@ from concurrent.futures import ThreadPoolExecutor
 
 import numpy as np
 
-import literature
-from textables import read_table
+from data.textables import read_table
+from reference import literature
 
 ORDER = literature.BLOSUM_ORDER  # columns of a checkpoint row
 STANDARD_ORDER = "-ABCDEFGHIKLMNPQRSTVWXYZU*OJ"  # rows of a column of psiblast's PSSM
@@ -38,14 +39,17 @@ def single_sequence_profile(sequence):
 
 
 def _frequencies(text, sequence):
-    """Frequencies (residues x 20, ORDER) in a PSSM written by -out_pssm; columns without any stay single-sequence."""
+    """Frequencies (residues x 20, ORDER) in a PSSM written by -out_pssm; columns without any stay
+    single-sequence."""
     profile = single_sequence_profile(sequence)
     start = text.find("freqRatios {")
     if start < 0:
         return profile
-    block = text[start:text.index("}\n      }", start) + 1]
+    block = text[start : text.index("}\n      }", start) + 1]
     values = [float(f"{mantissa}e{exponent}") for mantissa, exponent in REAL.findall(block)]
-    table = np.array(values).reshape(-1, len(STANDARD_ORDER))[:, [STANDARD_ORDER.index(code) for code in ORDER]]
+    table = np.array(values).reshape(-1, len(STANDARD_ORDER))[
+        :, [STANDARD_ORDER.index(code) for code in ORDER]
+    ]
     if len(table) != len(sequence):
         raise ValueError("PSSM and sequence differ in length")
     total = table.sum(axis=1)
@@ -60,8 +64,21 @@ def search(sequence, database):
         query, pssm = os.path.join(folder, "query.fa"), os.path.join(folder, "pssm")
         with open(query, "w") as handle:
             handle.write(f">query\n{sequence}\n")
-        command = ["psiblast", "-query", query, "-db", database, *SEARCH, "-outfmt", "6", "-out", os.devnull,
-                   "-out_pssm", pssm, "-save_pssm_after_last_round"]
+        command = [
+            "psiblast",
+            "-query",
+            query,
+            "-db",
+            database,
+            *SEARCH,
+            "-outfmt",
+            "6",
+            "-out",
+            os.devnull,
+            "-out_pssm",
+            pssm,
+            "-save_pssm_after_last_round",
+        ]
         done = subprocess.run(command, capture_output=True, text=True, check=False)
         if done.returncode != 0:
             raise RuntimeError(f"psiblast failed: {done.stderr.strip()}")
@@ -116,7 +133,9 @@ def read_sequence(path):
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("--database", required=True, help="BLAST database (makeblastdb -dbtype prot)")
-    parser.add_argument("--input", required=True, help="FASTA file, or input shift table with DATA SEQUENCE lines")
+    parser.add_argument(
+        "--input", required=True, help="FASTA file, or input shift table with DATA SEQUENCE lines"
+    )
     parser.add_argument("--out", required=True, help="checkpoint file for -blast_check")
     options = parser.parse_args()
     sequence = read_sequence(options.input)

@@ -27,13 +27,16 @@ TRIM = 0.10  # cut from either end before a mean
 ADJUSTMENT_PRIOR = 10.0  # a mean over n residues is multiplied by n / (n + prior)
 NEIGHBOUR_PRIOR = 25.0
 BACKFITTING_ROUNDS = 4
-CARBON_INTERCEPTS = (0.094, 0.459)  # ppm, of secondary CA at CA - CB = 0 from below and above: the program's check
+CARBON_INTERCEPTS = (
+    0.094,
+    0.459,
+)  # ppm, of secondary CA at CA - CB = 0 from below and above: the program's check
 LIMIT_PERCENTILES = (0.3, 99.7)
 LIMIT_PRIOR = 30.0
 
-# Triplet distance: relative weight of the outer residues, cost of a missing shift in variances,
-# weight of the squared homology distance at the three positions.
-# The program averages triplets below a distance of 200; scaled so, the ten nearest of nearly every query qualify.
+# Triplet distance: relative weight of the outer residues, cost of a missing shift in variances, weight of the
+# squared homology distance at the three positions. The program averages triplets below a distance of 200;
+# scaled so, the ten nearest of nearly every query qualify.
 TRIPLET_SCALE = 12.0
 TRIPLET_OUTER_WEIGHT = 0.35
 TRIPLET_MISSING_COST = 1.16
@@ -64,7 +67,8 @@ WORST_RESOLUTION = 2.5  # angstrom, of crystal structures that are looked at
 SIMULATED_RESOLUTION = 2.5  # of chains with simulated shifts
 SIMULATED_LENGTH = 40  # residues, of the shortest one
 DATABASE_RESOLUTION = 2.5  # of chains in the fragment database
-# Mean B factor of N CA C O of a residue in the database: square angstrom, and standard deviations above the chain's mean.
+# Mean B factor of N CA C O of a residue in the database: square angstrom, and standard deviations above the
+# chain's mean.
 LARGEST_B = 90.0
 LARGEST_B_DEVIATION = 3.0
 MODEL_FOLDS = 5
@@ -106,8 +110,9 @@ SS_LEVEL2_EPOCHS = 20
 SEQSS_EPOCHS = 4
 SEQSS15_EPOCHS = 3
 SEQ_LEVEL2_EPOCHS = 6
-# A training sequence shows one of its profiles, by these weights: the sequence alone, against the sequences at hand,
-# against a large database. The last exists for the paired proteins and so many chains up to that length.
+# A training sequence shows one of its profiles, by these weights: the sequence alone, against the sequences
+# at hand, against a large database. The last exists for the paired proteins and so many chains up to that
+# length.
 PROFILE_SHARES = (0.2, 0.3, 0.5)
 DEEP_CHAINS = 327
 DEEP_LENGTH = 450

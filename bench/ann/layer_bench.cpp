@@ -85,7 +85,8 @@ BENCHMARK(layerPlain)
 
 /// Level 1 of the phi/psi network: three members of three layers, 76 residues.
 void networkLevel(benchmark::State& state) {
-  SURFANN network(160, 180, 324, 1620, 360, 324, std::string(bench::fullSize()) + "/tab", "surf20");
+  SURFANN network(160, 180, kPhiPsiBoxes, 5 * kPhiPsiBoxes, 360, kPhiPsiBoxes,
+                  std::string(bench::fullSize()) + "/tab", "surf20");
   network.setHybrid(1);  // level 1 only
   network.loadWeights();
   std::mt19937 random(8);
@@ -94,7 +95,7 @@ void networkLevel(benchmark::State& state) {
       network.level1Inputs[resid].push_back(static_cast<double>(random()) / 2147483648.0 - 1.0);
   }
   for ([[maybe_unused]] auto _ : state) network.calcLevel1();
-  state.SetItemsProcessed(state.iterations() * kResidues * 3 * (160 * 160 + 180 * 160 + 324 * 180));
+  state.SetItemsProcessed(state.iterations() * kResidues * 3 * (160 * 160 + 180 * 160 + kPhiPsiBoxes * 180));
   bench::Checksum checksum;
   for (const auto& [resid, output] : network.level1Outputs)
     checksum.add(output.data(), sizeof(double) * output.size());
@@ -103,10 +104,10 @@ void networkLevel(benchmark::State& state) {
 BENCHMARK(networkLevel)->Unit(benchmark::kMillisecond);
 
 void clustering(benchmark::State& state) {
-  std::vector<double> values(324);
-  for (int k = 0; k < 324; ++k) {
-    const double phi = k / 18 - 5.5;
-    const double psi = k % 18 - 6.5;
+  std::vector<double> values(kPhiPsiBoxes);
+  for (int k = 0; k < kPhiPsiBoxes; ++k) {
+    const double phi = phiIndexOf(k) - 5.5;
+    const double psi = psiIndexOf(k) - 6.5;
     values[static_cast<std::size_t>(k)] = std::exp(-0.5 * (phi * phi + psi * psi)) + 0.001 * (k % 7);
   }
   ClusterData clusters;

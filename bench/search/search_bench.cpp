@@ -29,10 +29,11 @@ const ORBEL& setup() {
     for (int r = 1; r <= 15; ++r) {
       run->residueCode[r] = "KLEAVDTIRSGNFQY"[r - 1];
       run->secondaryShift.push_back({unit(random), 0.1, unit(random), unit(random), unit(random), 0.1});
-      for (int box = 0; box < 324; ++box) run->searchPrior[r][box] = -9.99;
-      const int centre = r % 3 == 0 ? 3 * 18 + 15 : 5 * 18 + 6;
+      for (int box = 0; box < kPhiPsiBoxes; ++box) run->searchPrior[r][box] = -9.99;
+      const int centre = r % 3 == 0 ? boxAt(3, 15) : boxAt(5, 6);
       for (int phi = -2; phi <= 2; ++phi) {
-        for (int psi = -2; psi <= 2; ++psi) run->searchPrior[r][centre + 18 * phi + psi] = 0.9 * unit(random);
+        for (int psi = -2; psi <= 2; ++psi)
+          run->searchPrior[r][centre + boxAt(phi, psi)] = 0.9 * unit(random);
       }
     }
     return run;
@@ -57,10 +58,10 @@ void finish(benchmark::State& state, const Lists& lists) {
 
 void prescreen(benchmark::State& state) {
   const ORBEL& run = setup();
-  static const ScreenIndex kIndex(run);
+  static const ScreenIndex kIndex(*run.fragmentDatabase, run.sourceRanges());
   search_test::Lists lists;
   for ([[maybe_unused]] auto _ : state) {
-    Prescreen screen(run, kResid);
+    Prescreen screen({kResid, kMaxHalfWidth, run.residueCode, run.searchPrior, run.blosumMatrix});
     screen.scan(*run.fragmentDatabase, kIndex);
     lists = {screen.matches, screen.sameType};
   }
@@ -77,7 +78,7 @@ BENCHMARK(prescreenPlain)->Unit(benchmark::kMillisecond)->Iterations(1)->Repetit
 
 void ranking(benchmark::State& state) {
   const ORBEL& run = setup();
-  const FragmentDistance distance(run, kResid);
+  const FragmentDistance distance(run.shiftRows(), kResid);
   double sum = 0.0;
   for ([[maybe_unused]] auto _ : state) {
     sum = 0.0;

@@ -11,6 +11,7 @@
 #include "tables/GDB.h"
 #include "tables/GDB2.h"
 #include "tables/imageHash.h"
+#include "tables/output_text.h"
 
 namespace {
 
@@ -127,7 +128,7 @@ void numberCell(benchmark::State& state) {
   double value = -170.0;
   for ([[maybe_unused]] auto _ : state) {
     out.clear();
-    format.append(out, ORBEL::cellText(value));
+    format.append(out, cellText(value));
     value = value > 170.0 ? -170.0 : value + 0.7;
     benchmark::DoNotOptimize(out.data());
   }

@@ -33,15 +33,22 @@ class Bootstrap:
         return figure and tuple(100.0 * value for value in figure)
 
     def calibration(self, protein, probability, right, where, edges):
-        """Per bin of the probability: [low edge, high edge, residues, mean probability, share right]; the figures in
-        percent, empty bins left out."""
+        """Per bin of the probability: [low edge, high edge, residues, mean probability, share right]; the
+        figures in percent, empty bins left out."""
         rows = []
         for low, high in zip(edges[:-1], edges[1:]):
             below = probability <= high if high == edges[-1] else probability < high
             inside = where & (probability >= low) & below
             if inside.any():
-                rows.append([low, high, int(inside.sum()), 100.0 * float(probability[inside].mean()),
-                             self.share(protein, right, inside)])
+                rows.append(
+                    [
+                        low,
+                        high,
+                        int(inside.sum()),
+                        100.0 * float(probability[inside].mean()),
+                        self.share(protein, right, inside),
+                    ]
+                )
         return rows
 
 
@@ -67,11 +74,15 @@ class Figures:
         accepted = r.accepted & known
         good = accepted & ~r.wrong
         return {
-            "residues": int(known.sum()), "searched": self.share(r.searched, known),
-            "accepted": self.share(accepted, known), "accepted of searched": self.share(accepted, known & r.searched),
+            "residues": int(known.sum()),
+            "searched": self.share(r.searched, known),
+            "accepted": self.share(accepted, known),
+            "accepted of searched": self.share(accepted, known & r.searched),
             "wrong": self.share(r.wrong, accepted),
-            "RMSD phi": self.rmsd(r.phi_error, good), "RMSD psi": self.rmsd(r.psi_error, good),
-            "MAE phi": self.mean_error(r.phi_error, good), "MAE psi": self.mean_error(r.psi_error, good),
+            "RMSD phi": self.rmsd(r.phi_error, good),
+            "RMSD psi": self.rmsd(r.psi_error, good),
+            "MAE phi": self.mean_error(r.phi_error, good),
+            "MAE psi": self.mean_error(r.psi_error, good),
             "MAE phi, all accepted": self.mean_error(r.phi_error, accepted),
             "MAE psi, all accepted": self.mean_error(r.psi_error, accepted),
         }
@@ -79,28 +90,37 @@ class Figures:
     def structure(self):
         r = self.results
         shifts = r.ss_source == "shifts"
-        return {"from shifts": self.share(shifts, r.ss != ""), "Q3 shifts": self.share(r.right_structure, shifts),
-                "Q3 sequence": self.share(r.right_structure, r.ss_source == "sequence"),
-                "Q3": self.share(r.right_structure, r.ss != "")}
+        return {
+            "from shifts": self.share(shifts, r.ss != ""),
+            "Q3 shifts": self.share(r.right_structure, shifts),
+            "Q3 sequence": self.share(r.right_structure, r.ss_source == "sequence"),
+            "Q3": self.share(r.right_structure, r.ss != ""),
+        }
 
     def chi1(self, where=None):
         r = self.results
         with_chi1 = r.has_chi1 if where is None else r.has_chi1 & where
         called = r.called & with_chi1
-        return {"residues": int(with_chi1.sum()), "class": self.share(called, with_chi1),
-                "right": self.share(r.right_rotamer, called),
-                "MAE chi1": self.mean_error(r.chi1_error, r.right_rotamer & with_chi1)}
+        return {
+            "residues": int(with_chi1.sum()),
+            "class": self.share(called, with_chi1),
+            "right": self.share(r.right_rotamer, called),
+            "MAE chi1": self.mean_error(r.chi1_error, r.right_rotamer & with_chi1),
+        }
 
     def confusion(self, where):
         """3 x 3 counts, rows DSSP, columns prediction, both in the order helix, strand, coil."""
         r = self.results
-        return [[int((where & (r.state == true) & (r.ss == predicted)).sum()) for predicted in "HEL"] for true in "HEL"]
+        return [
+            [int((where & (r.state == true) & (r.ss == predicted)).sum()) for predicted in "HEL"]
+            for true in "HEL"
+        ]
 
-    def by_distance(self, bins):
-        """Accepted residues in `bins` groups of equal size by DIST: [low, high, median,
-        residues, RMSD phi, RMSD psi, wrong]."""
+    def by_distance(self, bins, scored=False):
+        """Accepted residues whose DIST is a distance (or a score) in `bins` groups of equal size by it: [low,
+        high, median, residues, RMSD phi, RMSD psi, wrong]."""
         r = self.results
-        where = r.accepted & np.isfinite(r.dist)
+        where = r.accepted & np.isfinite(r.dist) & (r.scored == scored)
         if where.sum() < bins:
             return []
         edges = np.quantile(r.dist[where], np.linspace(0.0, 1.0, bins + 1))
@@ -109,9 +129,17 @@ class Figures:
             inside = where & (r.dist >= edges[k]) & ((r.dist < edges[k + 1]) | (k == bins - 1))
             good = inside & ~r.wrong
             if good.any():
-                rows.append([edges[k], edges[k + 1], float(np.median(r.dist[inside])), int(inside.sum()),
-                             self.rmsd(r.phi_error, good), self.rmsd(r.psi_error, good),
-                             self.share(r.wrong, inside)])
+                rows.append(
+                    [
+                        edges[k],
+                        edges[k + 1],
+                        float(np.median(r.dist[inside])),
+                        int(inside.sum()),
+                        self.rmsd(r.phi_error, good),
+                        self.rmsd(r.psi_error, good),
+                        self.share(r.wrong, inside),
+                    ]
+                )
         return rows
 
 

@@ -20,7 +20,8 @@ Residue = collections.namedtuple("Residue", "resid aa phi psi chi1 ss8 b_factor 
 
 
 def read_truth(path):
-    """{protein: [Residue]} in the table's order; numbers are nan where unknown or where the column is missing."""
+    """{protein: [Residue]} in the table's order; numbers are nan where unknown or where the column is
+    missing."""
     opener = lzma.open if path.endswith(".xz") else open
     truth = collections.defaultdict(list)
     with opener(path, "rt", newline="") as handle:
@@ -29,11 +30,16 @@ def read_truth(path):
         if missing:
             raise SystemExit(f"{path}: no column {', '.join(sorted(missing))}")
         for row in rows:
-            numbers = {key: float(row.get(key) or math.nan) for key in ("phi", "psi", "chi1", "b_factor", "s2_contact")}
+            numbers = {
+                key: float(row.get(key) or math.nan)
+                for key in ("phi", "psi", "chi1", "b_factor", "s2_contact")
+            }
             # A negative contact order parameter marks a chain end where the model is not defined.
             if numbers["s2_contact"] < 0.0:
                 numbers["s2_contact"] = math.nan
-            truth[row["protein"]].append(Residue(int(row["resid"]), row["aa"], ss8=row["ss8"] or "-", **numbers))
+            truth[row["protein"]].append(
+                Residue(int(row["resid"]), row["aa"], ss8=row["ss8"] or "-", **numbers)
+            )
     return dict(truth)
 
 
@@ -58,7 +64,8 @@ def is_shift_row(words):
 
 
 def filter_shifts(text, keep):
-    """The input table with the shift rows for which keep(atom, resid) holds; glycine's HA2 and HA3 count as HA."""
+    """The input table with the shift rows for which keep(atom, resid) holds; glycine's HA2 and HA3 count as
+    HA."""
     lines = []
     for line in text.splitlines():
         words = line.split()
@@ -116,5 +123,8 @@ def searched_residues(text, no_proton):
         allowance = 4 if code == "P" or (code == "G" and no_proton) else 3
         return 6 - len(present.get(resid, set()) & counted) > allowance
 
-    return {r for r in range(max(lowest, first) + 1, min(highest, end))
-            if sum(incomplete(q) for q in (r - 1, r, r + 1)) <= 1}
+    return {
+        r
+        for r in range(max(lowest, first) + 1, min(highest, end))
+        if sum(incomplete(q) for q in (r - 1, r, r + 1)) <= 1
+    }

@@ -3,7 +3,6 @@
 import math
 
 import numpy as np
-
 from accuracy.figures import RESAMPLES, correlation, rank_correlation
 
 GROUPS = ("Strong", "Generous", "Warn", "Dyn", "None")
@@ -11,7 +10,9 @@ STATE_NAMES = {"H": "helix", "E": "strand", "L": "coil"}
 TENTHS = [k / 10.0 for k in range(11)]
 CLASS_EDGES = [0.6, 0.7, 0.8, 0.9, 1.0]
 DISTANCE_BINS = 10
-# Goals of this installation: (what, variant, part of the headline figures, figure, at least or at most, value, unit)
+SCORE_BINS = 3
+# Goals of this installation: (what, variant, part of the headline figures, figure, at least or at most,
+# value, unit)
 GOALS = (
     ("accepted, of the searched", "observed", "torsions", "accepted of searched", ">=", 90.0, "%"),
     ("wrong, of the accepted", "observed", "torsions", "wrong", "<=", 3.5, "%"),
@@ -46,30 +47,74 @@ def goals(headlines):
         if figure is None:
             continue
         met = figure[0] >= wanted if sign == ">=" else figure[0] <= wanted
-        rows.append((what, f"{'at least' if sign == '>=' else 'at most'} {wanted:g} {unit}", cell(figure, 2),
-                     "yes" if met else "no"))
+        rows.append(
+            (
+                what,
+                f"{'at least' if sign == '>=' else 'at most'} {wanted:g} {unit}",
+                cell(figure, 2),
+                "yes" if met else "no",
+            )
+        )
     return table(("figure", "goal", "reached", "met"), rows)
 
 
 def torsion_row(title, figures):
-    return (title, figures["residues"], cell(figures["searched"]), cell(figures["accepted of searched"]),
-            cell(figures["accepted"]), cell(figures["wrong"], 2), cell(figures["RMSD phi"]), cell(figures["RMSD psi"]),
-            cell(figures["MAE phi"]), cell(figures["MAE psi"]))
+    return (
+        title,
+        figures["residues"],
+        cell(figures["searched"]),
+        cell(figures["accepted of searched"]),
+        cell(figures["accepted"]),
+        cell(figures["wrong"], 2),
+        cell(figures["RMSD phi"]),
+        cell(figures["RMSD psi"]),
+        cell(figures["MAE phi"]),
+        cell(figures["MAE psi"]),
+    )
 
 
-TORSION_HEAD = ("residues", "searched %", "accepted, of searched %", "accepted, of all %", "wrong %", "RMSD phi",
-                "RMSD psi", "MAE phi", "MAE psi")
+TORSION_HEAD = (
+    "residues",
+    "searched %",
+    "accepted, of searched %",
+    "accepted, of all %",
+    "wrong %",
+    "RMSD phi",
+    "RMSD psi",
+    "MAE phi",
+    "MAE psi",
+)
 
 
 def completeness(headlines, titles):
-    text = table(("input", *TORSION_HEAD), [
-        torsion_row(titles[name], parts["torsions"]) for name, parts in headlines.items() if "torsions" in parts])
+    text = table(
+        ("input", *TORSION_HEAD),
+        [
+            torsion_row(titles[name], parts["torsions"])
+            for name, parts in headlines.items()
+            if "torsions" in parts
+        ],
+    )
     text += "\n" + table(
-        ("input", "structure from shifts, of all %", "right, from shifts %", "right, from sequence %", "right, all %",
-         "chi1 class given %", "chi1 class right %", "chi1 MAE, right class"),
-        [(titles[name], *(cell(parts["structure"][key]) for key in ("from shifts", "Q3 shifts", "Q3 sequence", "Q3")),
-          *(cell(parts.get("chi1", {}).get(key)) for key in ("class", "right", "MAE chi1")))
-         for name, parts in headlines.items()])
+        (
+            "input",
+            "structure from shifts, of all %",
+            "right, from shifts %",
+            "right, from sequence %",
+            "right, all %",
+            "chi1 class given %",
+            "chi1 class right %",
+            "chi1 MAE, right class",
+        ),
+        [
+            (
+                titles[name],
+                *(cell(parts["structure"][key]) for key in ("from shifts", "Q3 shifts", "Q3 sequence", "Q3")),
+                *(cell(parts.get("chi1", {}).get(key)) for key in ("class", "right", "MAE chi1")),
+            )
+            for name, parts in headlines.items()
+        ],
+    )
     return text
 
 
@@ -80,17 +125,29 @@ def classes(figures):
         where = r.known & (r.group == group)
         predicted = where & r.predicted
         good = predicted & ~r.wrong
-        rows.append((group, int(where.sum()), cell(figures.share(where, r.known)),
-                     cell(figures.share(r.wrong, predicted), 2), cell(figures.rmsd(r.phi_error, good)),
-                     cell(figures.rmsd(r.psi_error, good)), cell(figures.mean_error(r.phi_error, good)),
-                     cell(figures.mean_error(r.psi_error, good))))
-    return table(("class", "residues", "of all %", "wrong %", "RMSD phi", "RMSD psi", "MAE phi", "MAE psi"), rows)
+        rows.append(
+            (
+                group,
+                int(where.sum()),
+                cell(figures.share(where, r.known)),
+                cell(figures.share(r.wrong, predicted), 2),
+                cell(figures.rmsd(r.phi_error, good)),
+                cell(figures.rmsd(r.psi_error, good)),
+                cell(figures.mean_error(r.phi_error, good)),
+                cell(figures.mean_error(r.psi_error, good)),
+            )
+        )
+    return table(
+        ("class", "residues", "of all %", "wrong %", "RMSD phi", "RMSD psi", "MAE phi", "MAE psi"), rows
+    )
 
 
 def breakdown(figures, head, groups):
     """Torsion figures of groups of residues: (title, where)."""
-    return table((head, *TORSION_HEAD),
-                 [torsion_row(title, figures.torsions(where)) for title, where in groups if where.any()])
+    return table(
+        (head, *TORSION_HEAD),
+        [torsion_row(title, figures.torsions(where)) for title, where in groups if where.any()],
+    )
 
 
 def structures_groups(r):
@@ -102,43 +159,76 @@ def type_groups(r):
 
 
 def shift_count_groups(r):
-    return [(f"{low}-{high}", (r.shifts >= low) & (r.shifts <= high))
-            for low, high in ((0, 3), (4, 6), (7, 9), (10, 12), (13, 15), (16, 18))]
+    return [
+        (f"{low}-{high}", (r.shifts >= low) & (r.shifts <= high))
+        for low, high in ((0, 3), (4, 6), (7, 9), (10, 12), (13, 15), (16, 18))
+    ]
 
 
-def distance(rows):
-    return table(("DIST", "residues", "RMSD phi", "RMSD psi", "wrong %"),
-                 [(f"{row[0]:.2f} to {row[1]:.2f}", row[3], cell(row[4]), cell(row[5]), cell(row[6])) for row in rows])
+DIST_KINDS = """DIST is the mean over the matches of either a distance (small is good) or, where fewer than 25
+fragments fit the predicted map, of the score that they were chosen by (high is good); see COLUMNS.md. The picture
+shows distances."""
+
+
+def distance(rows, head):
+    return table(
+        (head, "residues", "RMSD phi", "RMSD psi", "wrong %"),
+        [(f"{row[0]:.2f} to {row[1]:.2f}", row[3], cell(row[4]), cell(row[5]), cell(row[6])) for row in rows],
+    )
 
 
 def confusion(figures, where):
     counts = figures.confusion(where)
     columns = [sum(row[k] for row in counts) for k in range(3)]
-    rows = [(STATE_NAMES[state], *row, f"{100.0 * row[k] / max(sum(row), 1):.1f}")
-            for k, (state, row) in enumerate(zip("HEL", counts))]
+    rows = [
+        (STATE_NAMES[state], *row, f"{100.0 * row[k] / max(sum(row), 1):.1f}")
+        for k, (state, row) in enumerate(zip("HEL", counts))
+    ]
     shares = [f"{100.0 * counts[k][k] / max(columns[k], 1):.1f}" for k in range(3)]
     rows.append(("right of the predicted %", *shares, ""))
     return table(("DSSP", "predicted helix", "strand", "coil", "found %"), rows)
 
 
 def calibration(rows, head="probability"):
-    return table((head, "residues", "mean stated %", "right %", "difference"), [
-        (f"{low:.1f} to {high:.1f}", count, f"{stated:.1f}", cell(right), f"{right[0] - stated:+.1f}")
-        for low, high, count, stated, right in rows])
+    return table(
+        (head, "residues", "mean stated %", "right %", "difference"),
+        [
+            (f"{low:.1f} to {high:.1f}", count, f"{stated:.1f}", cell(right), f"{right[0] - stated:+.1f}")
+            for low, high, count, stated, right in rows
+        ],
+    )
 
 
 def chi1_types(figures):
     r, rows = figures.results, []
     for code in sorted(set(np.char.upper(r.aa[r.has_chi1]))):
         part = figures.chi1(np.char.upper(r.aa) == code)
-        rows.append((code, part["residues"], cell(part["class"], 0), cell(part["right"], 0), cell(part["MAE chi1"], 0)))
-    return table(("type", "residues with chi1", "class given %", "class right %", "MAE of chi1, right class"), rows)
+        rows.append(
+            (
+                code,
+                part["residues"],
+                cell(part["class"], 0),
+                cell(part["right"], 0),
+                cell(part["MAE chi1"], 0),
+            )
+        )
+    return table(
+        ("type", "residues with chi1", "class given %", "class right %", "MAE of chi1, right class"), rows
+    )
 
 
 def chi1_confusion(results):
     names = ("g-", "g+", "t")
-    rows = [(true, *(int((results.called & (results.rotamer == true) & (results.pred_rotamer == other)).sum())
-                     for other in names)) for true in names]
+    rows = [
+        (
+            true,
+            *(
+                int((results.called & (results.rotamer == true) & (results.pred_rotamer == other)).sum())
+                for other in names
+            ),
+        )
+        for true in names
+    ]
     return table(("crystal", "predicted g-", "g+", "t"), rows)
 
 
@@ -149,7 +239,9 @@ def rotamer_probabilities(figures):
     spoken = r.has_chi1 & np.isfinite(r.best_rotamer) & ~undecided
     probability = np.concatenate([r.q_gm, r.q_gp, r.q_t])
     right = np.concatenate([r.rotamer == name for name in ("g-", "g+", "t")])
-    return figures.bootstrap.calibration(np.tile(r.protein, 3), probability, right, np.tile(spoken, 3), TENTHS)
+    return figures.bootstrap.calibration(
+        np.tile(r.protein, 3), probability, right, np.tile(spoken, 3), TENTHS
+    )
 
 
 def number(value):
@@ -163,9 +255,15 @@ def order_means(r):
         inside = where & known & (r.terminus if title == "termini" else ~r.terminus)
         if inside.any():
             with_contact = inside & np.isfinite(r.s2_contact)
-            rows.append((title if title == "termini" else title + ", without termini", int(inside.sum()),
-                         f"{r.s2[inside].mean():.3f}", f"{r.s2[inside].std():.3f}",
-                         f"{r.s2_contact[with_contact].mean():.3f}" if with_contact.any() else ""))
+            rows.append(
+                (
+                    title if title == "termini" else title + ", without termini",
+                    int(inside.sum()),
+                    f"{r.s2[inside].mean():.3f}",
+                    f"{r.s2[inside].std():.3f}",
+                    f"{r.s2_contact[with_contact].mean():.3f}" if with_contact.any() else "",
+                )
+            )
     return table(("residues", "number", "mean S2", "s.d.", "mean contact S2"), rows)
 
 
@@ -174,21 +272,38 @@ def order_correlations(r):
     rows = []
     for k, name in enumerate(r.names):
         own = r.protein == k
-        rows.append((name, int((own & np.isfinite(r.s2)).sum()),
-                     correlation(r.s2[own], -r.b_factor[own]), rank_correlation(r.s2[own], -r.b_factor[own]),
-                     correlation(r.s2[own], r.s2_contact[own]), rank_correlation(r.s2[own], r.s2_contact[own])))
+        rows.append(
+            (
+                name,
+                int((own & np.isfinite(r.s2)).sum()),
+                correlation(r.s2[own], -r.b_factor[own]),
+                rank_correlation(r.s2[own], -r.b_factor[own]),
+                correlation(r.s2[own], r.s2_contact[own]),
+                rank_correlation(r.s2[own], r.s2_contact[own]),
+            )
+        )
     return rows
 
 
 def order_summary(rows):
     lines = []
-    for title, column in (("-B, Pearson", 2), ("-B, Spearman", 3), ("contact model, Pearson", 4),
-                          ("contact model, Spearman", 5)):
+    for title, column in (
+        ("-B, Pearson", 2),
+        ("-B, Spearman", 3),
+        ("contact model, Pearson", 4),
+        ("contact model, Spearman", 5),
+    ):
         values = np.array([row[column] for row in rows if row[column] is not None])
         if len(values):
-            lines.append((title, len(values), f"{np.median(values):.2f}",
-                          f"{np.quantile(values, 0.25):.2f} to {np.quantile(values, 0.75):.2f}",
-                          int((values > 0.0).sum())))
+            lines.append(
+                (
+                    title,
+                    len(values),
+                    f"{np.median(values):.2f}",
+                    f"{np.quantile(values, 0.25):.2f} to {np.quantile(values, 0.75):.2f}",
+                    int((values > 0.0).sum()),
+                )
+            )
     return table(("correlation of S2 with", "proteins", "median", "quartiles", "positive in"), lines)
 
 
@@ -200,18 +315,49 @@ def protein_rows(figures, order):
         good = accepted & ~r.wrong
         shifts = own & (r.ss_source == "shifts")
         called = own & r.called
-        rate = lambda part, whole: f"{100.0 * (part & whole).sum() / whole.sum():.1f}" if whole.any() else ""
-        root = lambda error: f"{np.sqrt(np.mean(error[good] ** 2)):.1f}" if good.any() else ""
-        rows.append((name, int(known.sum()), rate(r.accepted, known & r.searched), rate(r.wrong, accepted),
-                     root(r.phi_error), root(r.psi_error), rate(r.right_structure, shifts),
-                     rate(r.called, own & r.has_chi1), rate(r.right_rotamer, called),
-                     number(order[k][2]), number(order[k][4])))
-    return table(("protein", "residues", "accepted, of searched %", "wrong %", "RMSD phi", "RMSD psi",
-                  "structure from shifts right %", "chi1 class %", "chi1 right %", "S2 and -B", "S2 and contact"), rows)
+
+        def rate(part, whole):
+            return f"{100.0 * (part & whole).sum() / whole.sum():.1f}" if whole.any() else ""
+
+        def root(error):
+            return f"{np.sqrt(np.mean(error[good] ** 2)):.1f}" if good.any() else ""
+
+        rows.append(
+            (
+                name,
+                int(known.sum()),
+                rate(r.accepted, known & r.searched),
+                rate(r.wrong, accepted),
+                root(r.phi_error),
+                root(r.psi_error),
+                rate(r.right_structure, shifts),
+                rate(r.called, own & r.has_chi1),
+                rate(r.right_rotamer, called),
+                number(order[k][2]),
+                number(order[k][4]),
+            )
+        )
+    return table(
+        (
+            "protein",
+            "residues",
+            "accepted, of searched %",
+            "wrong %",
+            "RMSD phi",
+            "RMSD psi",
+            "structure from shifts right %",
+            "chi1 class %",
+            "chi1 right %",
+            "S2 and -B",
+            "S2 and contact",
+        ),
+        rows,
+    )
 
 
 def overview(headlines):
     """Headline figures without intervals, one row a variant: the table of the README."""
+
     def plain(figure, digits=1):
         return "" if figure is None else f"{figure[0]:.{digits}f}"
 
@@ -219,11 +365,33 @@ def overview(headlines):
     for name, parts in headlines.items():
         torsions, chi1, structure = parts.get("torsions", {}), parts.get("chi1", {}), parts["structure"]
         both = " / ".join(plain(torsions.get("RMSD " + angle)) for angle in ("phi", "psi"))
-        rows.append((name, plain(torsions.get("accepted")), plain(torsions.get("accepted of searched")),
-                     plain(torsions.get("wrong"), 2), both.strip(" /"), plain(structure["Q3 shifts"]),
-                     plain(structure["Q3"]), plain(chi1.get("class")), plain(chi1.get("right"))))
-    return table(("input", "accepted, all %", "accepted, of searched %", "wrong %", "RMSD phi / psi",
-                  "SS from shifts %", "SS all %", "chi1 class %", "chi1 right %"), rows)
+        rows.append(
+            (
+                name,
+                plain(torsions.get("accepted")),
+                plain(torsions.get("accepted of searched")),
+                plain(torsions.get("wrong"), 2),
+                both.strip(" /"),
+                plain(structure["Q3 shifts"]),
+                plain(structure["Q3"]),
+                plain(chi1.get("class")),
+                plain(chi1.get("right")),
+            )
+        )
+    return table(
+        (
+            "input",
+            "accepted, all %",
+            "accepted, of searched %",
+            "wrong %",
+            "RMSD phi / psi",
+            "SS from shifts %",
+            "SS all %",
+            "chi1 class %",
+            "chi1 right %",
+        ),
+        rows,
+    )
 
 
 DEFINITIONS = f"""Definitions. Residues: those with known phi and psi in the crystal structure. Searched: with enough

@@ -3,22 +3,81 @@
 import math
 
 import numpy as np
-
 from accuracy.proteins import DSSP_STATES
 
 STATES = "HEL"
 PREDICTED_STATES = {"H": "H", "h": "H", "E": "E", "e": "E", "L": "L", "c": "L"}
-# Boxes of 20 degrees (18 x phi index + psi index) whose density is 0.06 or more: 60 degrees off is wrong there, 80 in
-# the sparse rest.
-DENSE_BOXES = (33, 34, 35, 50, 51, 52, 53, 62, 68, 69, 70, 71, 78, 79, 80, 81, 86, 87, 88, 89, 95, 96, 97, 98, 99, 104,
-               105, 106, 107, 113, 114, 115, 116, 123, 124, 132, 133)
+# Boxes of 20 degrees (18 x phi index + psi index) whose density is 0.06 or more: 60 degrees off is wrong
+# there, 80 in the sparse rest.
+DENSE_BOXES = (
+    33,
+    34,
+    35,
+    50,
+    51,
+    52,
+    53,
+    62,
+    68,
+    69,
+    70,
+    71,
+    78,
+    79,
+    80,
+    81,
+    86,
+    87,
+    88,
+    89,
+    95,
+    96,
+    97,
+    98,
+    99,
+    104,
+    105,
+    106,
+    107,
+    113,
+    114,
+    115,
+    116,
+    123,
+    124,
+    132,
+    133,
+)
 TERMINUS = 3  # residues at either end of the chain that count as its terminus
 COLUMNS = {
-    "protein": int, "resid": int, "aa": "U1", "state": "U1", "terminus": bool, "phi": float, "psi": float,
-    "chi1": float, "b_factor": float, "s2_contact": float,
-    "searched": bool, "group": "U8", "pred_phi": float, "pred_psi": float, "dist": float, "shifts": int,
-    "ss": "U1", "ss_source": "U8", "confidence": float, "ss_probability": float,
-    "q_gm": float, "q_gp": float, "q_t": float, "rotamer": "U2", "pred_rotamer": "U2", "pred_chi1": float, "s2": float,
+    "protein": int,
+    "resid": int,
+    "aa": "U1",
+    "state": "U1",
+    "terminus": bool,
+    "phi": float,
+    "psi": float,
+    "chi1": float,
+    "b_factor": float,
+    "s2_contact": float,
+    "searched": bool,
+    "group": "U8",
+    "pred_phi": float,
+    "pred_psi": float,
+    "dist": float,
+    "scored": bool,
+    "shifts": int,
+    "ss": "U1",
+    "ss_source": "U8",
+    "confidence": float,
+    "ss_probability": float,
+    "q_gm": float,
+    "q_gp": float,
+    "q_t": float,
+    "rotamer": "U2",
+    "pred_rotamer": "U2",
+    "pred_chi1": float,
+    "s2": float,
 }
 
 
@@ -64,16 +123,35 @@ def residue_row(number, residue, ends, searched, output):
     chi1 = output.chi1.get(residue.resid, {})
     chi1_known = named_chi1(residue)
     return (
-        number, residue.resid, residue.aa, DSSP_STATES.get(residue.ss8, "L"),
+        number,
+        residue.resid,
+        residue.aa,
+        DSSP_STATES.get(residue.ss8, "L"),
         residue.resid < ends[0] + TERMINUS or residue.resid > ends[1] - TERMINUS,
-        residue.phi, residue.psi, chi1_known, residue.b_factor, residue.s2_contact,
-        residue.resid in searched, torsions.get("CLASS", "None"), value(torsions, "PHI"), value(torsions, "PSI"),
-        value(torsions, "DIST"), int(torsions.get("CS_COUNT", 0)),
-        PREDICTED_STATES.get(structure.get("SS_CLASS", ""), ""), structure_source(structure),
-        value(structure, "CONFIDENCE"), max((value(structure, "Q_" + state) for state in STATES), default=math.nan),
-        value(chi1, "Q_Gm"), value(chi1, "Q_Gp"), value(chi1, "Q_T"),
-        "" if math.isnan(chi1_known) else rotamer(chi1_known), chi1.get("CLASS", "na"), value(chi1, "CHI1"),
-        value(output.order.get(residue.resid, {}), "S2"))
+        residue.phi,
+        residue.psi,
+        chi1_known,
+        residue.b_factor,
+        residue.s2_contact,
+        residue.resid in searched,
+        torsions.get("CLASS", "None"),
+        value(torsions, "PHI"),
+        value(torsions, "PSI"),
+        value(torsions, "DIST"),
+        residue.resid in output.scored,
+        int(torsions.get("CS_COUNT", 0)),
+        PREDICTED_STATES.get(structure.get("SS_CLASS", ""), ""),
+        structure_source(structure),
+        value(structure, "CONFIDENCE"),
+        max((value(structure, "Q_" + state) for state in STATES), default=math.nan),
+        value(chi1, "Q_Gm"),
+        value(chi1, "Q_Gp"),
+        value(chi1, "Q_T"),
+        "" if math.isnan(chi1_known) else rotamer(chi1_known),
+        chi1.get("CLASS", "na"),
+        value(chi1, "CHI1"),
+        value(output.order.get(residue.resid, {}), "S2"),
+    )
 
 
 class Results:
@@ -85,7 +163,9 @@ class Results:
         rows = []
         for number, name in enumerate(self.names):
             ends = truth[name][0].resid, truth[name][-1].resid
-            rows += [residue_row(number, residue, ends, searched[name], outputs[name]) for residue in truth[name]]
+            rows += [
+                residue_row(number, residue, ends, searched[name], outputs[name]) for residue in truth[name]
+            ]
         for (column, kind), values in zip(COLUMNS.items(), zip(*rows)):
             setattr(self, column, np.array(values, kind))
         self.failures = [f"{name}: {outputs[name].failure}" for name in self.names if outputs[name].failure]

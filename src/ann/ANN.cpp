@@ -7,7 +7,7 @@
 
 #include "ann/residue_vectors.h"
 #include "ann/weight_image.h"
-#include "driver/maps.h"
+#include "base/maps.h"
 #include "tables/GDB2.h"
 
 namespace {

@@ -1,7 +1,7 @@
 // Secondary structure from sequence profiles, with known structure of residues as optional context.
 #include "ann/SSANN.h"
 
-#include "driver/maps.h"
+#include "base/maps.h"
 
 namespace {
 

@@ -1,16 +1,19 @@
 // Phi/psi box distribution network: windows of five complete residues, plain mean of the ensemble.
 #include "ann/SURFANN.h"
 
+#include "base/atoms.h"
+#include "base/residues.h"
+
 namespace {
 
 void plainMean(const ANN::MemberOutputs& o, std::vector<double>& out) {
   SURFANN::applyVecAverage(o[0], o[1], o[2], out);
 }
 
-/// Residue type unknown, all six shifts missing.
+/// Residue type unknown, all shifts missing.
 std::vector<double> absentResidue() {
-  std::vector<double> entry(20, 0.0);
-  for (int atom = 0; atom < 6; ++atom) entry.insert(entry.end(), {0.0, 1.0});
+  std::vector<double> entry(kAminoAcids.size(), 0.0);
+  for (std::size_t atom = 0; atom < kAtoms; ++atom) entry.insert(entry.end(), {0.0, 1.0});
   return entry;
 }
 

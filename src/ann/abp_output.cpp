@@ -1,21 +1,18 @@
 // Text of the phi/psi box distribution table.
 #include "ann/abp_output.h"
 
-#include "ann/box_prior.h"
-#include "ann/output_text.h"
+#include "base/boxes.h"
+#include "tables/output_text.h"
 
 namespace {
 
-constexpr int kSide = 18;  // boxes along each axis
-constexpr int kBoxWidth = 20;
-
 void appendBoxMatrix(std::string& text) {
   text += "REMARK  Phi/Psi box index matrix\nREMARK    PHI:       ";
-  for (int phi = 0; phi < kSide; ++phi) output_text::append(text, "%4d ", kBoxWidth * phi - 180);
+  for (int phi = 0; phi < kBoxesPerAxis; ++phi) output_text::append(text, "%4d ", lowerEdge(phi));
   text += "\nREMARK --------------------------------------------------------------------\n";
-  for (int psi = kSide - 1; psi >= 0; --psi) {
-    output_text::append(text, "REMARK    PSI=%5d: ", kBoxWidth * psi - 180);
-    for (int phi = 0; phi < kSide; ++phi) output_text::append(text, "%4d ", kSide * phi + psi);
+  for (int psi = kBoxesPerAxis - 1; psi >= 0; --psi) {
+    output_text::append(text, "REMARK    PSI=%5d: ", lowerEdge(psi));
+    for (int phi = 0; phi < kBoxesPerAxis; ++phi) output_text::append(text, "%4d ", boxAt(phi, psi));
     text += '\n';
   }
 }

@@ -16,6 +16,6 @@ struct BoxDistributionRow {
 
 /// Remarks with the box index matrix, column names and formats.
 std::string boxDistributionHeader(const std::string& title);
-/// Appends the row of one residue with its 324 weighted box values.
+/// Appends the row of one residue with its weighted box values.
 void appendBoxDistributionRow(std::string& text, const BoxDistributionRow& row,
                               const std::vector<double>& values);

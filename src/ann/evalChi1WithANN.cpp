@@ -1,21 +1,17 @@
 // Chi1 scores of database fragments whose centre has the query residue's type.
 #include <cmath>
-#include <numbers>
 
 #include "ann/CHI1ANN.h"
-#include "ann/residue_vectors.h"
+#include "base/angles.h"
+#include "base/maps.h"
+#include "base/missing.h"
+#include "base/residues.h"
 #include "driver/ORBEL.h"
-#include "driver/angles.h"
-#include "driver/maps.h"
 
 namespace {
 
-constexpr int kIndexLimit = 2330111;       // highest entry of a full database plus one
-constexpr double kMissingDeviation = 1.5;  // standard deviations charged for a shift that cannot be compared
-
-double radians(double degrees) {
-  return degrees * std::numbers::pi / 180.0;
-}
+constexpr int kIndexLimit = kDatabaseCapacity + 1;
+constexpr double kMissingDeviation = 1.5;  // scales charged for a shift that cannot be compared; given
 
 /// sin and cos of phi and psi, then of chi1 with a flag for residues without one.
 void appendAngles(const float* angles, std::vector<double>& input) {
@@ -24,7 +20,7 @@ void appendAngles(const float* angles, std::vector<double>& input) {
     input.insert(input.end(), {std::sin(angle), std::cos(angle)});
   }
   const double chi1 = static_cast<double>(angles[2]);
-  if (chi1 < kMissingLimit) {
+  if (isPresent(chi1)) {
     input.insert(input.end(), {std::sin(radians(chi1)), std::cos(radians(chi1)), 0.0});
   } else {
     input.insert(input.end(), {0.0, 0.0, 1.0});
@@ -33,11 +29,11 @@ void appendAngles(const float* angles, std::vector<double>& input) {
 
 /// Deviation of each database shift from the query's in units of its scale. `query` is null outside the
 /// range.
-void appendDeviations(const float* shifts, const std::array<double, 6>* query, std::vector<double>& input) {
-  for (std::size_t atom = 0; atom < 6; ++atom) {
+void appendDeviations(const float* shifts, const ShiftRow* query, std::vector<double>& input) {
+  for (std::size_t atom = 0; atom < kAtoms; ++atom) {
     const double value = static_cast<double>(shifts[2 * atom]);
     const double scale = static_cast<double>(shifts[2 * atom + 1]);
-    const bool comparable = query != nullptr && (*query)[atom] < kMissingLimit && scale != 0.0;
+    const bool comparable = query != nullptr && isPresent((*query)[atom]) && scale != 0.0;
     input.push_back(comparable ? (value - (*query)[atom]) / scale : kMissingDeviation);
   }
 }
@@ -47,12 +43,8 @@ void appendDeviations(const float* shifts, const std::array<double, 6>* query, s
 std::vector<double> ORBEL::chi1NetworkInput(int resid, int entry) const {
   std::vector<double> input;
   for (int d = -1; d <= 1; ++d) {
-    const int neighbour = resid + d;
-    const bool inRange = neighbour >= firstResidOption && neighbour <= lastResidOption;
-    const auto row = static_cast<std::size_t>(static_cast<long long>(neighbour) - firstResidOption);
     appendAngles(fragmentDatabase->angles(entry + d), input);
-    appendDeviations(fragmentDatabase->shifts(entry + d),
-                     inRange && row < secondaryShift.size() ? &secondaryShift[row] : nullptr, input);
+    appendDeviations(fragmentDatabase->shifts(entry + d), shiftRows().find(resid + d), input);
   }
   return input;
 }

@@ -1,25 +1,19 @@
-// Clusters of high boxes of a phi/psi box distribution: density clustering on the periodic 18 x 18 grid.
+// Clusters of high boxes of a phi/psi box distribution: density clustering on the periodic grid.
 #include <algorithm>
-#include <cstdlib>
 
+#include "base/boxes.h"
+#include "base/statistics.h"
 #include "driver/ORBEL.h"
 
 namespace {
 
-constexpr int kSide = 18;
-constexpr int kReachSquared = 36;          // neighbours lie within six boxes
-constexpr std::size_t kFewestMembers = 5;  // neighbours of a seed, and boxes of a cluster
-
-/// Steps between two indices of a closed axis.
-int periodicDistance(int a, int b) {
-  const int distance = std::abs(a - b);
-  return distance > kSide / 2 ? kSide - distance : distance;
-}
+constexpr int kReach = 120 / kBoxWidth;    // neighbours lie within 120 degrees, given
+constexpr std::size_t kFewestMembers = 5;  // neighbours of a seed, and boxes of a cluster; given
 
 bool areNeighbours(int a, int b) {
-  const int phi = periodicDistance(a / kSide, b / kSide);
-  const int psi = periodicDistance(a % kSide, b % kSide);
-  return phi * phi + psi * psi <= kReachSquared;
+  const int phi = axisDistance(phiIndexOf(a), phiIndexOf(b));
+  const int psi = axisDistance(psiIndexOf(a), psiIndexOf(b));
+  return phi * phi + psi * psi <= kReach * kReach;
 }
 
 /// Boxes at or above mean + standard deviation, highest first, the lower box number first among equals.
@@ -75,13 +69,13 @@ bool formCluster(ClusterData& result, int number, int seedBox, const std::vector
 
 }  // namespace
 
-/// `values` holds 324 box values; another length gives an empty record. Returns the number of clusters.
+/// `values` holds one value per box; another length gives an empty record. Returns the number of clusters.
 int ORBEL::getClusterInfo(std::vector<double>& values, ClusterData& result) {
   result = ClusterData{};
   if (values.size() != ClusterData::kBoxes) return 0;
   std::copy(values.begin(), values.end(), result.values.begin());
-  result.mean = getAverage(values);
-  result.standardDeviation = getSTDev(values);
+  result.mean = average(values);
+  result.standardDeviation = ::standardDeviation(values);
   findPeaks(result);
 
   std::array<bool, ClusterData::kBoxes> visited{};

@@ -6,7 +6,7 @@
 #include <bit>
 #include <cmath>
 
-#include "driver/processor.h"
+#include "base/processor.h"
 
 namespace {
 

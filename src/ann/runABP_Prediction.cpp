@@ -4,21 +4,22 @@
 
 #include "ann/SURFANN.h"
 #include "ann/abp_output.h"
-#include "ann/box_prior.h"
-#include "ann/output_text.h"
+#include "ann/map_selection.h"
 #include "ann/residue_vectors.h"
+#include "base/atoms.h"
+#include "base/box_prior.h"
+#include "base/maps.h"
+#include "base/missing.h"
+#include "base/residue_range.h"
+#include "base/residues.h"
 #include "driver/ORBEL.h"
-#include "driver/angles.h"
-#include "driver/maps.h"
-#include "driver/residue_range.h"
 #include "tables/OutputFile.h"
+#include "tables/output_text.h"
 #include "tables/text.h"
 
 namespace {
 
-constexpr std::array<const char*, 6> kInputAtoms = {"HN", "N", "HA", "C", "CA", "CB"};  // order of the pairs
-constexpr int kBackboneAtoms = 6;
-constexpr int kSparseWindow = 25;  // missing shifts of five residues that leave nothing to predict from
+constexpr int kWindow = 5;  // residues that a network sees
 
 using ShiftsByAtom = std::map<std::string, double>;
 
@@ -27,28 +28,27 @@ std::map<int, ShiftsByAtom> measuredShifts(const ORBEL& orbel) {
   std::map<int, ShiftsByAtom> measured;
   for (const auto& [number, row] : orbel.adjustedShiftTable.entries) {
     const int resid = text::toInt(GDB::cell(row, "RESID"));
-    std::string atom = GDB::cell(row, "ATOMNAME");
-    if (atom == "H") atom = "HN";
+    const std::string atom = backboneName(GDB::cell(row, "ATOMNAME"));
     double value = orbel.clipSShift(resid, text::toDouble(GDB::cell(row, "SHIFT")), atom);
     if (value == 0.0) value = 0.001;  // an exact zero would read as "no value" in later stages
-    if (orbel.noProton && (atom == "HA" || atom == "HN")) value = kMissingValue;
+    if (orbel.noProton && isProton(atom)) value = kMissingValue;
     measured[resid][atom] = value;
   }
   return measured;
 }
 
-/// Shift pairs in the order of kInputAtoms, then the residue type values as far as the type has any.
+/// Shift pairs in kInputOrder, then the residue type values as far as the type has any.
 std::vector<double> residueInput(const ORBEL& orbel, int resid, const ShiftsByAtom& measured) {
   ShiftsByAtom estimates;
   const bool estimated =
       valueOr(orbel.missingCount, resid) != 0 && orbel.calcAverageCS_orig(resid, estimates);
   std::vector<double> input;
-  for (const char* atom : kInputAtoms) {
-    const double value = valueOr(measured, atom);
+  for (const Atom atom : kInputOrder) {
+    const double value = valueOr(measured, atomName(atom));
     if (value <= kMissingLimit) {
       input.insert(input.end(), {value, 0.0});
     } else {
-      input.insert(input.end(), {estimated ? valueOr(estimates, atom) : 0.0, 1.0});
+      input.insert(input.end(), {estimated ? valueOr(estimates, atomName(atom)) : 0.0, 1.0});
     }
   }
   const std::vector<double> type = valueOr(orbel.blosumScaled, foldedCode(valueOr(orbel.sequence, resid)));
@@ -57,7 +57,8 @@ std::vector<double> residueInput(const ORBEL& orbel, int resid, const ShiftsByAt
 }
 
 SURFANN makeNetwork(const ORBEL& orbel, const std::string& name) {
-  SURFANN network(160, 180, kPhiPsiBoxes, 1620, 360, kPhiPsiBoxes, orbel.tabDir, name);
+  SURFANN network(kWindow * kResidueEntries, 180, kPhiPsiBoxes, kWindow * kPhiPsiBoxes, 360, kPhiPsiBoxes,
+                  orbel.tabDir, name);
   network.setThread(orbel.threadCount);
   return network;
 }
@@ -77,47 +78,23 @@ void runNetworks(ORBEL& orbel) {
   if (orbel.noProton) orbel.fullPrediction = orbel.hybridPrediction;
 }
 
-/// Missing shifts of residues resid - 2 .. resid + 2.
-std::array<int, 5> windowMissing(const ORBEL& orbel, int resid) {
-  std::array<int, 5> missing{};
-  int neighbour = resid - 2;
-  for (int& count : missing) count = valueOr(orbel.missingCount, neighbour++);
-  return missing;
-}
-
-int sum(const std::array<int, 5>& counts) {
-  return counts[0] + counts[1] + counts[2] + counts[3] + counts[4];
-}
-
-/// The network output that fits the completeness of the residue's window; zeros where nothing can be told.
+/// The map that the rules choose for the residue; zeros where nothing can be told.
 std::vector<double> selectDistribution(const ORBEL& orbel, int resid) {
-  const std::vector<double> zeros(kPhiPsiBoxes, 0.0);
-  const std::array<int, 5> missing = windowMissing(orbel, resid);
-  const int limit = orbel.noProton ? 5 : 4;
-  bool complete = true;
-  for (const int count : missing) complete = complete && count <= limit;
-
-  std::vector<double> selected = zeros;
-  if (complete) {
-    selected = valueOr(orbel.fullPrediction, resid);
-  } else if (sum(missing) < kSparseWindow) {
-    selected = valueOr(orbel.hybridPrediction, resid);
+  MapSelection input{.resid = resid,
+                     .span = orbel.span(),
+                     .sequenceLast = orbel.sequenceStart + orbel.sequenceLength - 1,
+                     .noProton = orbel.noProton};
+  int neighbour = resid - 2;
+  for (int& count : input.missing) count = valueOr(orbel.missingCount, neighbour++);
+  switch (selectMap(input)) {
+    case BoxMap::Full:
+      return valueOr(orbel.fullPrediction, resid);
+    case BoxMap::Hybrid:
+      return valueOr(orbel.hybridPrediction, resid);
+    case BoxMap::None:
+      break;
   }
-
-  const int first = orbel.firstResidOption;
-  const int last = orbel.lastResidOption;
-  const int sequenceLast = orbel.sequenceStart + orbel.sequenceLength - 1;
-  const bool outside = resid < first || resid > last;
-  const bool cutStart = resid == first && resid != orbel.shiftFirstResid;
-  const bool cutEnd = resid == last && resid != sequenceLast;
-  if (outside || cutStart || cutEnd) selected = zeros;
-
-  // Beside a cut end the two-level network would see the cut as the end of the chain.
-  const bool besideCutStart = resid == first + 1 && first != orbel.shiftFirstResid;
-  const bool besideCutEnd = resid == last - 1 && last != sequenceLast;
-  const bool sparse = sum(missing) >= kSparseWindow;
-  if ((besideCutStart || besideCutEnd) && !sparse) selected = valueOr(orbel.hybridPrediction, resid);
-  return selected;
+  return std::vector<double>(kPhiPsiBoxes, 0.0);
 }
 
 /// Box values times the prior; negative and undefined values become 0.
@@ -144,8 +121,8 @@ void finishResidue(ORBEL& orbel, int resid, std::vector<double> values, std::str
   BoxDistributionRow row;
   row.resid = resid;
   row.resName = output_text::singleCode(valueOr(orbel.sequenceCopy, resid));
-  row.windowShifts = 5 * kBackboneAtoms - sum(windowMissing(orbel, resid));
-  row.residueShifts = kBackboneAtoms - valueOr(orbel.missingCount, resid);
+  row.windowShifts = presentShifts(orbel.missingCount, resid - 2, resid + 2);
+  row.residueShifts = presentShifts(orbel.missingCount, resid, resid);
   row.clusterCount = ORBEL::getClusterInfo(values, clusters);
   row.topClusterShare = topShare(values, clusters);
   orbel.topClusterFraction[resid] = row.topClusterShare;

@@ -3,18 +3,22 @@
 #include <iostream>
 
 #include "ann/SSANN.h"
-#include "ann/output_text.h"
 #include "ann/residue_vectors.h"
 #include "ann/ss_output.h"
+#include "base/maps.h"
+#include "base/residues.h"
 #include "driver/ORBEL.h"
-#include "driver/maps.h"
 #include "tables/OutputFile.h"
+#include "tables/output_text.h"
 
 namespace {
 
-constexpr int kBackboneAtoms = 6;
-constexpr int kTooFewShifts = 4;       // missing shifts from which a residue counts as being without shifts
-constexpr double kUndecided = 0.3333;  // helix and strand at the ends of the chain and of the shifts
+constexpr int kTooFewShifts = 4;  // missing shifts from which a residue counts as without shifts; given
+constexpr double kUndecided =
+    0.3333;  // a third each: helix and strand at the ends of the chain and of the shifts
+
+/// Three residues, the shifts of one left out.
+constexpr std::size_t kMaskedEntries = 3 * kResidueEntries - kShiftEntries;
 
 /// Outputs of the networks that see the shifts of all three residues, or miss those of one of them.
 struct ShiftNetworks {
@@ -31,13 +35,14 @@ ShiftNetworks runShiftNetworks(const ORBEL& orbel) {
   const ResidueVectors& inputs = orbel.annResidueInputs;
   const std::string& dir = orbel.tabDir;
   ShiftNetworks networks;
-  networks.complete = runShiftNetwork(ANN(96, 20, 3, 9, 6, 3, dir, "ss"), 0, inputs);
-  networks.withoutCentre = runShiftNetwork(ANN(84, 20, 3, 9, 6, 3, dir, "ss.center"), 2, inputs);
-  networks.withoutPrevious = runShiftNetwork(ANN(84, 20, 3, 9, 6, 3, dir, "ss.prev"), 1, inputs);
-  networks.withoutNext = runShiftNetwork(ANN(84, 20, 3, 9, 6, 3, dir, "ss.next"), 3, inputs);
+  networks.complete = runShiftNetwork(ANN(3 * kResidueEntries, 20, 3, 9, 6, 3, dir, "ss"), 0, inputs);
+  networks.withoutCentre = runShiftNetwork(ANN(kMaskedEntries, 20, 3, 9, 6, 3, dir, "ss.center"), 2, inputs);
+  networks.withoutPrevious = runShiftNetwork(ANN(kMaskedEntries, 20, 3, 9, 6, 3, dir, "ss.prev"), 1, inputs);
+  networks.withoutNext = runShiftNetwork(ANN(kMaskedEntries, 20, 3, 9, 6, 3, dir, "ss.next"), 3, inputs);
   ResidueVectors typeFirstInputs;
   for (const auto& [resid, entry] : inputs) typeFirstInputs[resid] = typeFirst(entry);
-  networks.fiveResidues = runShiftNetwork(ANN(164, 40, 3, 19, 6, 3, dir, "ss5"), 5, typeFirstInputs);
+  networks.fiveResidues =
+      runShiftNetwork(ANN(5 * kResidueEntries + 4, 40, 3, 19, 6, 3, dir, "ss5"), 5, typeFirstInputs);
   return networks;
 }
 
@@ -74,13 +79,7 @@ void joinFiveResidues(const std::vector<double>& p, std::vector<double>& q) {
 }
 
 std::vector<double> shiftPrediction(const ORBEL& orbel, const ShiftNetworks& networks, int resid) {
-  const int first = orbel.firstResidOption;
-  const int last = orbel.lastResidOption;
-  const bool outside = resid < first || resid > last;
-  const bool cutStart = resid == first && resid != orbel.shiftFirstResid;
-  const bool cutEnd = resid == last && resid != orbel.shiftLastResid;
-  if (outside || cutStart || cutEnd) return std::vector<double>(3, 0.0);
-
+  if (orbel.span().isCutEnd(resid)) return std::vector<double>(3, 0.0);
   std::vector<double> q = selectByShifts(orbel, networks, resid);
   const auto* p = findValue(networks.fiveResidues, resid);
   if (p != nullptr && p->size() == 3 && !isZero(q)) joinFiveResidues(*p, q);
@@ -91,7 +90,7 @@ ResidueVectors sequencePrediction(const ORBEL& orbel) {
   ResidueVectors profiles;
   for (const auto& [resid, code] : orbel.sequence) {
     std::vector<double> profile = valueOr(orbel.blosumProfile, foldedCode(code));
-    if (profile.size() == 20) profiles[resid] = std::move(profile);
+    if (profile.size() == kAminoAcids.size()) profiles[resid] = std::move(profile);
   }
   SSANN network(272, 60, 3, 51, 15, 3, orbel.tabDir, "seqSS");
   network.setKNOWN_SS(orbel.ssShiftPrediction);
@@ -144,17 +143,17 @@ void appendHeader(const ORBEL& orbel, std::string& text) {
 void appendRow(const ORBEL& orbel, int resid, const SSAssignment& assignment, std::string& text) {
   const std::string code = valueOr(orbel.sequenceCopy, resid);
   if (code.empty()) return;
-  const auto missing = [&](int r) { return valueOr(orbel.missingCount, r); };
   std::vector<double> q = classValues(orbel.ssShiftPrediction, resid);
   if (assignment.letter == 'h' || assignment.letter == 'e' || assignment.letter == 'c') {
     q = classValues(orbel.ssSequencePrediction, resid);
   } else if (isBoundary(orbel, resid)) {
     q.assign(3, kUndecided);
   }
-  output_text::append(
-      text, " %4d %1s %2d %2d %8.3f %8.3f %8.3f %4.2f %c\n", resid, output_text::singleCode(code).c_str(),
-      3 * kBackboneAtoms - missing(resid - 1) - missing(resid) - missing(resid + 1),
-      kBackboneAtoms - missing(resid), q[0], q[1], q[2], assignment.confidence, assignment.letter);
+  output_text::append(text, " %4d %1s %2d %2d %8.3f %8.3f %8.3f %4.2f %c\n", resid,
+                      output_text::singleCode(code).c_str(),
+                      presentShifts(orbel.missingCount, resid - 1, resid + 1),
+                      presentShifts(orbel.missingCount, resid, resid), q[0], q[1], q[2],
+                      assignment.confidence, assignment.letter);
 }
 
 }  // namespace

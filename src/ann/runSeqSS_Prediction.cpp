@@ -5,30 +5,28 @@
 #include <iostream>
 
 #include "ann/SSANN.h"
-#include "ann/output_text.h"
 #include "ann/ss_output.h"
+#include "base/limits.h"
+#include "base/maps.h"
+#include "base/residues.h"
 #include "driver/ORBEL.h"
-#include "driver/limits.h"
-#include "driver/maps.h"
 #include "tables/OutputFile.h"
+#include "tables/output_text.h"
 #include "tables/wholeFile.h"
 
 namespace {
 
-constexpr std::size_t kAminoAcids = 20;
-constexpr std::size_t kRowBytes = kAminoAcids * sizeof(double);
+constexpr std::size_t kRowBytes = kAminoAcids.size() * sizeof(double);
 /// What the longest chain needs and one row more.
 constexpr std::size_t kLongestCheckpoint =
     sizeof(std::int32_t) + kLongestChain + (kLongestChain + 1) * kRowBytes;
-constexpr std::string_view kCheckpointOrder = "ARNDCQEGHILKMFPSTWYV";
-constexpr std::string_view kProfileOrder = "ACDEFGHIKLMNPQRSTVWY";
 
 struct Checkpoint {
   std::string letters;
-  std::vector<std::vector<double>> profiles;  ///< complete rows, percent, in kProfileOrder
+  std::vector<std::vector<double>> profiles;  ///< complete rows, percent, in kAminoAcids
 };
 
-/// Binary layout: 32-bit length, that many letters, then rows of 20 doubles in kCheckpointOrder. A file that
+/// Binary layout: 32-bit length, that many letters, then rows of 20 doubles in kScoreOrder. A file that
 /// is shorter than it claims is read as far as it goes.
 Checkpoint decodeCheckpoint(const std::string& bytes) {
   Checkpoint checkpoint;
@@ -39,10 +37,10 @@ Checkpoint decodeCheckpoint(const std::string& bytes) {
 
   std::size_t position = sizeof length + checkpoint.letters.size();
   for (; position + kRowBytes <= bytes.size(); position += kRowBytes) {
-    std::array<double, kAminoAcids> row{};
+    std::array<double, kAminoAcids.size()> row{};
     std::memcpy(row.data(), bytes.data() + position, kRowBytes);
     std::vector<double>& profile = checkpoint.profiles.emplace_back();
-    for (const char code : kProfileOrder) profile.push_back(row[kCheckpointOrder.find(code)] * 100.0);
+    for (const char code : kAminoAcids) profile.push_back(row[kScoreOrder.find(code)] * 100.0);
   }
   return checkpoint;
 }

@@ -3,12 +3,13 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
 #include "ann/CHI1ANN.h"
+#include "base/atoms.h"
+#include "base/residues.h"
 
 namespace {
 
@@ -41,7 +42,7 @@ std::string platformSeparator() {
 ORBEL::ORBEL() {
   acceptedOptions.assign(kAcceptedOptions.begin(), kAcceptedOptions.end());
   acceptedOptions.insert(acceptedOptions.end(), kCysteineOptions.begin(), kCysteineOptions.end());
-  atomNames = {{1, "N"}, {2, "HA"}, {3, "C"}, {4, "CA"}, {5, "CB"}, {6, "HN"}};
+  for (const Atom atom : kAtomOrder) atomNames[position(atom)] = atomName(atom);
 
   installDir = ".";
   pathSeparator = platformSeparator();
@@ -52,14 +53,12 @@ ORBEL::ORBEL() {
       pathSeparator = separator;
     }
   }
-  for (const char code : std::string("CDEFHIKLMNQRSTVWY")) chi1Networks[code] = nullptr;
+  for (const char code : kAminoAcids) {
+    if (hasChi1Rotamers(code)) chi1Networks[code] = nullptr;
+  }
 }
 
 ORBEL::~ORBEL() = default;
-
-bool ORBEL::isAcceptedOption(const std::string& name) const {
-  return std::find(acceptedOptions.begin(), acceptedOptions.end(), name) != acceptedOptions.end();
-}
 
 /// Decimal text of `value` in `buffer` (at least 12 characters); the base is not used.
 char* ORBEL::itoa(int value, char* buffer, int /*base*/) {
@@ -84,14 +83,14 @@ char* ORBEL::ftoa(double value, char* buffer, char conversion, int precision) {
   return buffer;
 }
 
-std::string ORBEL::cellText(double value) {
-  std::array<char, 32> buffer;
-  // By its definition the same characters as ftoa's.
-  const auto end =
-      std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, std::chars_format::general, 6);
-  return {buffer.data(), end.ptr};
+ResidueSpan ORBEL::span() const {
+  return {firstResidOption, lastResidOption, shiftFirstResid, shiftLastResid};
 }
 
-std::string ORBEL::cellText(int value) {
-  return std::to_string(value);
+ShiftRows ORBEL::shiftRows() const {
+  return {secondaryShift, firstResidOption, lastResidOption};
+}
+
+bool ORBEL::hasReference() const {
+  return !referenceFile.empty() && referenceStructure != nullptr && !referenceStructure->isNull();
 }

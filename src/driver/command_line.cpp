@@ -1,6 +1,7 @@
 // The command line as an option map.
 #include "driver/command_line.h"
 
+#include <algorithm>
 #include <array>
 #include <iostream>
 #include <string_view>
@@ -18,13 +19,13 @@ bool isSwitch(std::string_view name) {
   return false;
 }
 
-void addOption(const std::string& piece, const ORBEL& driver, CommandLine& result) {
+void addOption(const std::string& piece, const std::vector<std::string>& accepted, CommandLine& result) {
   const std::size_t blank = piece.find(' ');
   const std::string name = piece.substr(0, blank);
   // The last option of a line carries no blank when nothing follows it: it is its own value.
   std::string value = blank == std::string::npos ? piece : text::simplifyWhiteSpace(piece.substr(blank + 1));
   if (name.empty()) return;
-  if (!driver.isAcceptedOption(name)) std::cerr << " Invaid arg name -" << name << "\n";
+  if (std::ranges::find(accepted, name) == accepted.end()) std::cerr << " Invaid arg name -" << name << "\n";
   if (isSwitch(name)) value = "true";
   if (name == "seqSS") result.sequenceOnly = true;
   result.options[name] = value;
@@ -32,13 +33,13 @@ void addOption(const std::string& piece, const ORBEL& driver, CommandLine& resul
 
 }  // namespace
 
-CommandLine parseCommandLine(int argc, char** argv, const ORBEL& driver) {
+CommandLine parseCommandLine(int argc, char** argv, const std::vector<std::string>& accepted) {
   std::string joined;
   for (int i = 1; i < argc; ++i) {
     joined += ' ';
     joined += argv[i];
   }
   CommandLine result;
-  for (const std::string& piece : text::split('-', joined)) addOption(piece, driver, result);
+  for (const std::string& piece : text::split('-', joined)) addOption(piece, accepted, result);
   return result;
 }

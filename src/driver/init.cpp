@@ -2,8 +2,10 @@
 #include <iostream>
 
 #include "ann/CHI1ANN.h"
+#include "ann/residue_vectors.h"
+#include "base/missing.h"
+#include "base/residues.h"
 #include "driver/ORBEL.h"
-#include "driver/maps.h"
 #include "tables/tableList.h"
 #include "tables/text.h"
 
@@ -54,31 +56,29 @@ void fillHomology(ORBEL& run) {
 
 /// BLOSUM62 (Henikoff & Henikoff, PNAS 1992): one row per residue type.
 void fillBlosum(ORBEL& run) {
-  const std::string scaledOrder = "A C D E F G H I K L M N P Q R S T V W Y";
-  const std::string profileOrder = "ARNDCQEGHILKMFPSTWYV";
   const GDB table(run.tabDir + run.pathSeparator + "BLOSUM62.tab");
   for (const auto& [number, row] : table.entries) {
     const std::string& name = GDB::cell(row, "RESNAME");
     for (const auto& [column, cell] : row) {
-      if (column.empty() || scaledOrder.find(column) == std::string::npos) continue;
+      if (column.size() != 1 || kAminoAcids.find(column[0]) == std::string_view::npos) continue;
       const float value = static_cast<float>(text::toDouble(cell));
-      run.blosumScaled[name].push_back(value / 10.0F);
+      run.blosumScaled[name].push_back(value / static_cast<float>(kTypeScale));
       if (!name.empty()) run.blosumMatrix[name[0]][column[0]] = value;
     }
-    for (const char letter : profileOrder) {
+    for (const char letter : kScoreOrder) {
       run.blosumProfile[name].push_back(text::toDouble(GDB::cell(row, std::string(1, letter))));
     }
   }
   for (const char* unspecified : {"x", "X", "?"}) {
     auto& profile = run.blosumProfile[unspecified];
-    profile.insert(profile.end(), 20, 0.0);
+    profile.insert(profile.end(), kScoreOrder.size(), 0.0);
   }
 }
 
 }  // namespace
 
 double ORBEL::getRC(const std::string& code, const std::string& atom) const {
-  return lookUp(randomCoilTable, code, atom, 9999.0);
+  return lookUp(randomCoilTable, code, atom, kMissingValue);
 }
 double ORBEL::getRCadj(const std::string& code, const std::string& atom) const {
   return lookUp(rcAdjTable, code, atom, 0.0);
@@ -90,7 +90,7 @@ double ORBEL::getNextRCadj(const std::string& code, const std::string& atom) con
   return lookUp(rcNextTable, code, atom, 0.0);
 }
 double ORBEL::getWeight(const std::string& row, const std::string& column) const {
-  return lookUp(weightTable, row, column, 9999.0);
+  return lookUp(weightTable, row, column, kMissingValue);
 }
 
 void ORBEL::warnOfDamagedTables() const {
@@ -123,6 +123,6 @@ void ORBEL::init() {
   fillHomology(*this);
   fillBlosum(*this);
   for (auto& [code, network] : chi1Networks) {
-    network = std::make_unique<CHI1ANN>(39, 15, 1, tabDir, std::string("chi1_") + code);
+    network = std::make_unique<CHI1ANN>(kChi1Entries, 15, 1, tabDir, std::string("chi1_") + code);
   }
 }

@@ -13,7 +13,7 @@ int runOrbel(int argc, char** argv) {
   auto driver = std::make_unique<ORBEL>();
   ORBEL::printInfo();
   if (argc < 2) ORBEL::printSyntax();
-  const CommandLine commandLine = parseCommandLine(argc, argv, *driver);
+  const CommandLine commandLine = parseCommandLine(argc, argv, driver->acceptedOptions);
 
   const std::clock_t start = std::clock();
   driver->setArgs(commandLine.options);

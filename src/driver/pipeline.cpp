@@ -1,36 +1,36 @@
 // The prediction run: stage order, search prior, database and its source index, the two search passes.
 #include <iostream>
 
+#include "base/angles.h"
+#include "base/boxes.h"
+#include "base/maps.h"
+#include "base/residue_range.h"
 #include "driver/ORBEL.h"
-#include "driver/maps.h"
-#include "driver/residue_range.h"
 #include "search/database_image.h"
 #include "search/screen_index.h"
 
 namespace {
 
-constexpr int kPsiBoxes = 18;
-constexpr std::int32_t kDatabaseCapacity = 2330110;
+/// Largest share of the first cluster's seed at which a residue counts as ambiguous; given.
+constexpr double kAmbiguousShare = 0.6;
+constexpr double kAmbiguousShareLeft = 0.65;  ///< of seeds with phi from 0 and psi from -40 to 140 degrees
+constexpr double kHighestPrior = 0.98;        ///< given
+constexpr double kPenalty = -9.99;            ///< given: no sum of priors makes up for one such box
 
-/// Two clusters of similar height leave the residue ambiguous: the map must not guide the search there. The
-/// cut is higher for seeds with phi > 0 near psi -40..120, where one cluster alone is rarely right.
+/// Two clusters of similar height leave the residue ambiguous: the map must not guide the search there.
 bool isAmbiguous(const ClusterData& clusters, double topShare) {
   if (clusters.clusterCount < 2) return false;
-  const int seed = clusters.seed(1);
-  const int psiBox = seed % kPsiBoxes;
-  const int phiBox = seed / kPsiBoxes;
-  const double cut = psiBox >= 7 && psiBox <= 15 && phiBox >= 9 ? 0.65 : 0.6;
-  return topShare < cut;
+  const int phi = lowerEdge(phiIndexOf(clusters.seed(1)));
+  const int psi = lowerEdge(psiIndexOf(clusters.seed(1)));
+  return topShare < (phi >= 0 && psi >= -40 && psi <= 120 ? kAmbiguousShareLeft : kAmbiguousShare);
 }
 
-/// Weight of box `i`: its value up to 0.98, a strong penalty outside the clusters and below mean + 1 sd.
+/// Weight of box `i`: its value up to a limit, a strong penalty outside the clusters and below mean + 1 sd.
 double priorWeight(const ClusterData& clusters, std::size_t i) {
-  constexpr double kHighest = 0.98;
-  constexpr double kPenalty = -9.99;
   const double value = clusters.values[i];
   if (clusters.boxCluster[i] == 0) return kPenalty;
   if ((value - clusters.mean) / clusters.standardDeviation < 1.0) return kPenalty;
-  return value > kHighest ? kHighest : value;
+  return value > kHighestPrior ? kHighestPrior : value;
 }
 
 }  // namespace
@@ -136,6 +136,10 @@ void ORBEL::buildSourceIndex() {
   }
 }
 
+SourceRanges ORBEL::sourceRanges() const {
+  return {sourceCount, sourceStart, sourceEnd};
+}
+
 /// Chain ends are never predicted; elsewhere the residue must lie among those with shifts.
 bool ORBEL::isSearchable(int resid) const {
   return resid >= shiftFirstResid && resid <= shiftLastResid && resid != sequenceStart &&
@@ -159,15 +163,15 @@ void ORBEL::storeConsensus(int resid) {
   std::vector<double>& psi = matchPsi[resid];
   classifyMatchCluster(phi, psi, predCount[resid], matchInCluster[resid],
                        clusters == nullptr ? kNoClusters : *clusters);
-  predPhi[resid] = getAVGAngle2(phi);
-  predPsi[resid] = getAVGAngle2(psi);
-  predPhiSD[resid] = getSTDAngle(phi);
-  predPsiSD[resid] = getSTDAngle(psi);
+  predPhi[resid] = circularMean(phi);
+  predPsi[resid] = circularMean(psi);
+  predPhiSD[resid] = circularSpread(phi);
+  predPsiSD[resid] = circularSpread(psi);
 }
 
 /// The whole database under the network's phi/psi maps.
 void ORBEL::runFirstPass() {
-  screenIndex = std::make_shared<ScreenIndex>(*this);
+  screenIndex = std::make_shared<ScreenIndex>(*fragmentDatabase, sourceRanges());
   for (const int resid : residueRange(firstResidOption, lastResidOption)) {
     if (!isSearchable(resid)) continue;
     reportResidue(*this, resid);
@@ -184,12 +188,15 @@ void ORBEL::runFirstPass() {
 
 /// The candidates of the first pass under the neighbours' predicted angles, which are read as they stand:
 /// residues before this one already carry their second-pass values.
+void ORBEL::refineResidue(int resid) {
+  searchDB2(resid, firstPassMatches[resid], firstPassSameType[resid]);
+  if (valueOr(predCount, resid) < topCount) storeConsensus(resid);
+}
+
 void ORBEL::runSecondPass() {
   for (const int resid : residueRange(firstResidOption, lastResidOption)) {
     if (!isSearchable(resid)) continue;
     reportResidue(*this, resid);
-    if (!checkCSCompleteness(resid)) continue;
-    searchDB2(resid, firstPassMatches[resid], firstPassSameType[resid]);
-    if (valueOr(predCount, resid) < topCount) storeConsensus(resid);
+    if (checkCSCompleteness(resid)) refineResidue(resid);
   }
 }

@@ -2,8 +2,8 @@
 #include <cstdlib>
 #include <iostream>
 
+#include "base/maps.h"
 #include "driver/ORBEL.h"
-#include "driver/maps.h"
 #include "tables/text.h"
 
 namespace {

@@ -5,20 +5,26 @@
 #include <array>
 #include <cmath>
 
-#include "driver/angles.h"
-#include "driver/maps.h"
+#include "base/atoms.h"
+#include "base/maps.h"
+#include "base/missing.h"
 #include "rci/rci_tables.h"
 
 namespace {
 
-constexpr std::size_t kAtoms = 6;
-constexpr std::array<const char*, kAtoms> kAtomNames = {"HN", "N", "HA", "C", "CA", "CB"};
-constexpr std::array<std::size_t, kAtoms> kTableColumn = {4, 0, 5, 1, 2, 3};  // in N, C, CA, CB, HN, HA
+/// [kInputOrder]: shifts of all nuclei on the scale of 15N, by the ratios of their frequencies (1H 9.9, 13C
+/// 2.5).
 constexpr std::array<double, kAtoms> kMagnitudeScale = {10.0, 1.0, 10.0, 2.5, 2.5, 2.5};
-constexpr double kSmallestMagnitude = 0.5;
-constexpr double kHighestRCI = 0.6;
-constexpr double kNormalisation = 1.125;
-constexpr int kNoData = 5;
+constexpr double kSmallestMagnitude = 0.5;  // ppm, scaled; given
+constexpr double kHighestRCI = 0.6;         // given
+constexpr double kNormalisation = 1.125;    // given
+// S2 = 1 - 0.4 ln(1 + 17.7 RCI), given; the offset of base/order_parameter.h comes on top.
+constexpr double kFlexibilityFactor = 0.4;
+constexpr double kFlexibilityScale = 17.7;
+// The index is the mean of weighted magnitudes to a power; factor and power given.
+constexpr double kMagnitudeFactor = 5.0;
+constexpr double kIndexPower = 1.5;
+constexpr int kNoData = 5;     // missing shifts: all but HN, which has no weight
 constexpr int kEndLength = 4;  // residues that the end correction looks at
 
 }  // namespace
@@ -51,11 +57,11 @@ void RCI::runRCI(const std::map<int, std::vector<double>>& shifts,
   applyEndCorrection();
   applyFinalSmooth();
   for (const auto& [i, rci] : rciList)
-    s2List[i] = rci == kMissingValue ? kMissingValue : 0.4 * std::log(1.0 + 17.7 * rci);
+    s2List[i] =
+        rci == kMissingValue ? kMissingValue : kFlexibilityFactor * std::log(1.0 + kFlexibilityScale * rci);
 }
 
-// ---- secondary shifts against the random coil values of the index
-// ------------------------------------------------
+// ---- secondary shifts against the random coil values of the index -----------------------------------------
 
 /// Row of a residue in the static tables: G where the chain has no residue, X for an unknown code.
 std::size_t RCI::tableRow(int resid) const {
@@ -91,11 +97,11 @@ void RCI::inCS_convert_ORBEL2RCI() {
     const std::map<std::string, double> reference = valueOr(rcRef, i);
     for (std::size_t k = 0; k < kAtoms && !values.empty(); ++k) {
       double& value = values[2 * k];
-      const std::string atom = kAtomNames[k];
-      if (name == "P" && (atom == "HN" || atom == "N")) {
+      const Atom atom = kInputOrder[k];
+      if (name == "P" && (atom == Atom::HN || atom == Atom::N)) {
         value = 0.0;
-      } else if (!(name == "G" && atom == "CB")) {
-        value = value + valueOr(reference, atom) - randomCoil(i, kTableColumn[k]);
+      } else if (!(name == "G" && atom == Atom::CB)) {
+        value = value + valueOr(reference, atomName(atom)) - randomCoil(i, columnIn(kCoilOrder, atom));
       }
     }
   }
@@ -119,8 +125,7 @@ void RCI::applyThreePointsCSAveraging() {
   }
 }
 
-// ---- index per residue
-// -----------------------------------------------------------------------------------------
+// ---- index per residue ------------------------------------------------------------------------------------
 
 int RCI::missingAtoms(int resid) const {
   const std::vector<double> values = valueOr(csList, resid);
@@ -135,10 +140,10 @@ double RCI::calcRCI(const std::vector<double>& magnitudes, const std::vector<dou
   double sum = 0.0;
   int count = 0;
   for (std::size_t k = 1; k < kAtoms; ++k) {
-    sum += 5.0 * atomWeights[k] * std::fabs(magnitudes[k]);
+    sum += kMagnitudeFactor * atomWeights[k] * std::fabs(magnitudes[k]);
     if (atomWeights[k] != 0.0) ++count;
   }
-  return std::pow(1.0 / (sum / count), 1.5);
+  return std::pow(1.0 / (sum / count), kIndexPower);
 }
 
 void RCI::evaluateResidues() {
@@ -156,8 +161,7 @@ void RCI::evaluateResidues() {
   }
 }
 
-// ---- ends and smoothing
-// ------------------------------------------------------------------------------------------
+// ---- ends and smoothing -----------------------------------------------------------------------------------
 
 /// True for residues of the chain with usable shifts.
 bool RCI::hasData(int resid) const {

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-/// All maps are keyed by residue number. Atom order of the six-value vectors: HN, N, HA, C, CA, CB.
+/// All maps are keyed by residue number. Six-value vectors follow kInputOrder.
 class RCI {
  public:
   RCI();

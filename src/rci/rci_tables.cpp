@@ -1,7 +1,7 @@
 // Random coil shifts and sequence corrections of the random coil index.
 #include "rci/rci_tables.h"
 
-// Columns N, C, CA, CB, HN, HA; rows in the order of AAseqList.
+// Columns in kCoilOrder; rows in the order of AAseqList.
 // clang-format off
 const RCITable random_coil = {{
     {125.00, 178.50, 52.80, 19.30, 8.35, 4.35},  // A

@@ -4,12 +4,14 @@
 #include <array>
 #include <string_view>
 
+#include "base/atoms.h"
+
 /// Residue codes with a row in the tables below, in row order; c is oxidised cysteine, h the second form of
 /// H, X any other residue.
 inline constexpr std::string_view AAseqList = "ARNDCcQEGHILKMFPSTWYVhX";
 
-/// One row per residue code; columns N, C, CA, CB, HN, HA in ppm. 9999: the residue has no such atom.
-using RCITable = std::array<std::array<double, 6>, AAseqList.size()>;
+/// One row per residue code; columns in kCoilOrder, ppm. 9999: the residue has no such atom.
+using RCITable = std::array<std::array<double, kAtoms>, AAseqList.size()>;
 
 /// Random coil shifts of denatured model peptides (Schwarzinger et al., J. Biomol. NMR 18, 43-48, 2000).
 extern const RCITable random_coil;

@@ -1,12 +1,14 @@
 // Order parameter S2 from the random coil index.
 #include <iostream>
 
-#include "ann/output_text.h"
+#include "base/atoms.h"
+#include "base/maps.h"
+#include "base/missing.h"
+#include "base/order_parameter.h"
 #include "driver/ORBEL.h"
-#include "driver/angles.h"
-#include "driver/maps.h"
 #include "rci/RCI.h"
 #include "tables/OutputFile.h"
+#include "tables/output_text.h"
 
 void ORBEL::runS2_Prediction() {
   std::cout << "RCI prediction ..." << std::endl;
@@ -26,11 +28,12 @@ void ORBEL::runS2_Prediction() {
   text += "VARS RESID RESNAME CS_CNT CS_CNT_R2 S2 \nFORMAT %4d %1s %2d %2d %8.3f \n\n";
   for (const auto& [resid, value] : rciValue) {
     // Residues without a count are entered with none missing.
-    const int centre = missingCount[resid];
-    const int window = missingCount[resid - 1] + centre + missingCount[resid + 1];
+    for (const int neighbour : {resid - 1, resid, resid + 1}) missingCount.try_emplace(neighbour, 0);
     output_text::append(text, " %4d %1s %2d %2d %8.3f\n", resid,
-                        output_text::singleCode(valueOr(sequenceCopy, resid)).c_str(), 6 - centre,
-                        18 - window, value > kMissingLimit ? kMissingValue : 1.003 - value);
+                        output_text::singleCode(valueOr(sequenceCopy, resid)).c_str(),
+                        presentShifts(missingCount, resid, resid),
+                        presentShifts(missingCount, resid - 1, resid + 1),
+                        isBeyondLimit(value) ? kMissingValue : kLargestS2 - value);
   }
   saveText(file, path, text);
 }

@@ -3,8 +3,13 @@
 
 #include <cstddef>
 #include <iterator>
+#include <map>
 
-#include "driver/ORBEL.h"
+/// Search candidates: ascending score or distance -> database entry; an equal key replaces the entry.
+using CandidateMap = std::map<double, int>;
+
+inline constexpr std::size_t kMatchesKept = 25;  ///< matches of a residue
+inline constexpr std::size_t kMatchesCut = 26;   ///< a longer list is cut to one more than is kept
 
 /// Removes the lowest keys until `limit` remain and sets `threshold` to the lowest key left. A list of at
 /// most `limit` entries stays as it is, and so does the threshold.
@@ -32,4 +37,11 @@ inline double keyFromTop(const CandidateMap& candidates, std::size_t rank) {
   if (candidates.empty()) return 0.0;
   if (candidates.size() < rank) return candidates.begin()->first;
   return std::prev(candidates.end(), static_cast<std::ptrdiff_t>(rank))->first;
+}
+
+/// Centre entry -> key of a candidate list.
+inline std::map<int, double> keysByEntry(const CandidateMap& candidates) {
+  std::map<int, double> keys;
+  for (const auto& [key, entry] : candidates) keys[entry] = key;
+  return keys;
 }

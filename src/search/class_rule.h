@@ -3,8 +3,11 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
-#include "driver/ORBEL.h"
+#include "base/missing.h"
+#include "base/residue_range.h"
+#include "tables/PDB.h"
 
 /// Torsions of the reference structure.
 struct ReferenceTorsions {
@@ -14,10 +17,10 @@ struct ReferenceTorsions {
 
 /// One row of the summary table.
 struct TorsionPrediction {
-  double phi = 9999.0, psi = 9999.0;  ///< circular means of the consensus, degrees
-  double dphi = 0.0, dpsi = 0.0;      ///< circular spreads, degrees
-  double distance = 0.0;              ///< mean ranking key of the matches
-  double s2 = 0.0;                    ///< order parameter, 0 where undefined or without a prediction
+  double phi = kMissingValue, psi = kMissingValue;  ///< circular means of the consensus, degrees
+  double dphi = 0.0, dpsi = 0.0;                    ///< circular spreads, degrees
+  double distance = 0.0;                            ///< mean ranking key of the matches
+  double s2 = 0.0;  ///< order parameter, 0 where undefined or without a prediction
   int count = 0;
   std::string className = "None";  ///< None, Strong, Generous, Warn, Dyn or Bad
 };
@@ -25,11 +28,17 @@ struct TorsionPrediction {
 /// Torsions of residue `resid` in `structure`, with the box set to 0 where one of them is undefined.
 ReferenceTorsions referenceTorsions(const PDB& structure, int resid);
 
-/// The prediction of residue `resid` (a residue of the range) from its match lists, count and order
-/// parameter. A residue with reference torsions is Bad when it deviates by 60 degrees or more, 80 where the
-/// reference lies in a sparsely populated box.
-TorsionPrediction classifyResidue(const ORBEL& run, int resid,
-                                  const std::optional<ReferenceTorsions>& reference);
+/// What a residue's class and values are drawn from.
+struct ClassInput {
+  int resid = 0;
+  ResidueSpan span;
+  std::vector<double> phi, psi, distance;  ///< of the consensus, and of all matches
+  int count = 0;
+  double flexibility = 0.0;  ///< 9999 = undefined
+  int topCount = 10;
+  double s2Cutoff = 0.4;  ///< 1 - smallest accepted S2
+};
 
-/// Backbone shifts present among `resid` and its two neighbours, of 18.
-int tripletShiftCount(const ORBEL& run, int resid);
+/// A residue with reference torsions is Bad when it deviates by 60 degrees or more, 80 where the reference
+/// lies in a sparsely populated box.
+TorsionPrediction classifyResidue(const ClassInput& input, const std::optional<ReferenceTorsions>& reference);

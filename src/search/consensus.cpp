@@ -3,15 +3,15 @@
 #include <cmath>
 #include <cstddef>
 
+#include "base/angles.h"
+#include "base/boxes.h"
+#include "base/maps.h"
+#include "base/missing.h"
 #include "driver/ORBEL.h"
-#include "driver/angles.h"
-#include "driver/maps.h"
 
 namespace {
 
-constexpr double kJoinTolerance = 40.0;  // degrees
-constexpr double kBoxWidth = 20.0;       // degrees
-constexpr int kBoxesPerAxis = 18;
+constexpr double kJoinTolerance = 40.0;  // degrees, given
 
 /// Phi and psi of the members of one cluster.
 struct Group {
@@ -26,20 +26,20 @@ int missingAllowance(const std::string& code, bool noProton) {
 
 /// Index of a torsion on an axis of the box grid; -1000 for an angle that is no number or far out of range.
 int axisIndex(double angle) {
-  const double position = (angle + 180.0) / kBoxWidth;
+  const double position = axisPosition(angle);
   if (!(std::abs(position) < 1e6)) return -1000;
   return static_cast<int>(position) % kBoxesPerAxis;
 }
 
 /// Cluster number of the box of (phi, psi), 0 for none.
 int clusterOf(double phi, double psi, const ClusterData& clusters) {
-  const int box = kBoxesPerAxis * axisIndex(phi) + axisIndex(psi);
-  if (box < 0 || box >= ClusterData::kBoxes) return 0;
+  const int box = boxAt(axisIndex(phi), axisIndex(psi));
+  if (box < 0 || box >= kPhiPsiBoxes) return 0;
   return std::clamp(clusters.boxCluster[static_cast<std::size_t>(box)], 0, clusters.clusterCount);
 }
 
 bool close(double a, double b) {
-  if (a > kMissingLimit || b > kMissingLimit) return false;
+  if (isBeyondLimit(a) || isBeyondLimit(b)) return false;
   return std::abs(wrapOnce(a - b)) <= kJoinTolerance;
 }
 

@@ -3,24 +3,19 @@
 
 #include <cstdlib>
 
-#include "driver/angles.h"
+#include "base/missing.h"
 
 namespace {
 
-constexpr std::array<double, kMaxHalfWidth + 1> kDistanceWeights = {1.0, 0.64, 0.36, 0.25};
-constexpr double kMissingCost = 1.5;
+constexpr std::array<double, kMaxHalfWidth + 1> kDistanceWeights = {1.0, 0.64, 0.36, 0.25};  // given
+constexpr double kMissingCost = 1.5;  // scales, as the chi1 networks are charged
 
 }  // namespace
 
-FragmentDistance::FragmentDistance(const ORBEL& run, int resid) {
+FragmentDistance::FragmentDistance(const ShiftRows& query, int resid) {
   for (auto& residue : query_) residue.fill(kMissingValue);
   for (int k = -kMaxHalfWidth; k <= kMaxHalfWidth; ++k) {
-    const int neighbour = resid + k;
-    if (neighbour < run.firstResidOption || neighbour > run.lastResidOption) continue;
-    const auto row = toIndex(neighbour - run.firstResidOption);
-    if (row < run.secondaryShift.size()) {
-      query_[toIndex(k + kMaxHalfWidth)] = run.secondaryShift[row];
-    }
+    if (const ShiftRow* row = query.find(resid + k)) query_[toIndex(k + kMaxHalfWidth)] = *row;
   }
 }
 
@@ -31,7 +26,7 @@ double FragmentDistance::addResidue(double sum, const DB& db, int centre, int k,
     const double value = static_cast<double>(entry[2 * atom]);
     const double scale = static_cast<double>(entry[2 * atom + 1]);
     // Written so that a shift that is not a number counts as missing.
-    const bool present = query[atom] < kMissingLimit && scale != 0.0;
+    const bool present = isPresent(query[atom]) && scale != 0.0;
     const double d = present ? (value - query[atom]) / scale : kMissingCost;
     sum += weight * d * d;
   }

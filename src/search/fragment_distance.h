@@ -3,15 +3,16 @@
 
 #include <array>
 
-#include "driver/ORBEL.h"
-#include "search/residue_types.h"
+#include "base/atoms.h"
+#include "search/fragment_reach.h"
+#include "tables/DB.h"
 
 /// Secondary shifts of the query residues around one centre, and the fragments' distances to them.
 class FragmentDistance {
  public:
-  FragmentDistance(const ORBEL& run, int resid);
+  FragmentDistance(const ShiftRows& query, int resid);
 
-  /// Sum over the residues -h..+h and their six atoms of weight * d * d, d = (database - query) / scale, with
+  /// Sum over the residues -h..+h and their atoms of weight * d * d, d = (database - query) / scale, with
   /// weights 1, 0.64, 0.36, 0.25 by the distance from the centre. A shift missing on either side costs d =
   /// 1.5. All of centre - h .. centre + h must be entries of `db`.
   double weighted(const DB& db, int centre, int halfWidth) const;
@@ -20,7 +21,7 @@ class FragmentDistance {
 
  private:
   static constexpr int kPositions = 2 * kMaxHalfWidth + 1;
-  std::array<std::array<double, 6>, kPositions> query_{};  ///< [k + 3][atom], missing = kMissingValue
+  std::array<ShiftRow, kPositions> query_{};  ///< [k + 3][atom], missing = kMissingValue
 
   double addResidue(double sum, const DB& db, int centre, int k, double weight) const;
 };

@@ -1,13 +1,13 @@
 // The match lists of a residue, as both search passes fill them.
-#include "search/match_lists.h"
-
 #include <array>
 #include <cstdio>
 #include <iostream>
 
-#include "driver/angles.h"
-#include "driver/maps.h"
-#include "search/residue_types.h"
+#include "base/maps.h"
+#include "base/missing.h"
+#include "driver/ORBEL.h"
+#include "search/candidates.h"
+#include "search/fragment_reach.h"
 
 namespace {
 
@@ -30,36 +30,36 @@ void reportMatch(const DB& db, int entry, int rank, double key, double firstKey,
 
 }  // namespace
 
-void fillMatchLists(ORBEL& run, int resid, const CandidateMap& list, const std::map<int, double>& keyOf,
-                    const std::string& lineEnd) {
-  auto& phi = run.matchPhi[resid];
-  auto& psi = run.matchPsi[resid];
-  auto& distance = run.matchDistance[resid];
-  auto& index = run.matchIndex[resid];
+void ORBEL::fillMatchLists(int resid, const CandidateMap& list, const std::map<int, double>& keyOf,
+                           const std::string& lineEnd) {
+  auto& phi = matchPhi[resid];
+  auto& psi = matchPsi[resid];
+  auto& distance = matchDistance[resid];
+  auto& index = matchIndex[resid];
   phi.clear();
   psi.clear();
   distance.clear();
   index.clear();
   int rank = 0;
   for (const auto& [key, entry] : list) {
-    const float* angles = run.fragmentDatabase->angles(entry);
+    const float* angles = fragmentDatabase->angles(entry);
     phi.push_back(static_cast<double>(angles[0]));
     psi.push_back(static_cast<double>(angles[1]));
     distance.push_back(key);
     index[++rank] = entry;
-    if (!run.quiet) reportMatch(*run.fragmentDatabase, entry, rank, key, valueOr(keyOf, entry), lineEnd);
+    if (!quiet) reportMatch(*fragmentDatabase, entry, rank, key, valueOr(keyOf, entry), lineEnd);
     if (phi.size() == kMatchesKept) break;
   }
 }
 
-std::map<int, int> fillSameTypeLists(ORBEL& run, int resid, const CandidateMap& list, std::size_t limit) {
-  auto& chi1 = run.sameTypeChi1[resid];
-  auto& distance = run.sameTypeDistance[resid];
+std::map<int, int> ORBEL::fillSameTypeLists(int resid, const CandidateMap& list, std::size_t limit) {
+  auto& chi1 = sameTypeChi1[resid];
+  auto& distance = sameTypeDistance[resid];
   chi1.clear();
   distance.clear();
   std::map<int, int> index;
   for (const auto& [key, entry] : list) {
-    const auto value = static_cast<double>(run.fragmentDatabase->angles(entry)[2]);
+    const auto value = static_cast<double>(fragmentDatabase->angles(entry)[2]);
     if (!(value <= kMissingLimit)) continue;
     chi1.push_back(value);
     distance.push_back(key);

@@ -8,11 +8,12 @@
 #include <limits>
 #include <numeric>
 
-#include "driver/maps.h"
+#include "base/maps.h"
+#include "base/residues.h"
 
 namespace {
 
-constexpr std::array<double, kMaxHalfWidth + 1> kScreenWeights = {1.0, 0.81, 0.64, 0.49};
+constexpr std::array<double, kMaxHalfWidth + 1> kScreenWeights = {1.0, 0.81, 0.64, 0.49};  // given
 constexpr std::size_t kBlock = 1024;  // centres scanned together
 
 std::size_t codeIndex(char code) {
@@ -21,29 +22,29 @@ std::size_t codeIndex(char code) {
 
 }  // namespace
 
-Prescreen::Prescreen(const ORBEL& run, int resid)
-    : halfWidth_(fragmentHalfWidth(run.alignLength)),
-      centreCode_(foldedCode(valueOr(run.residueCode, resid))),
-      prolineFollows_(valueOr(run.residueCode, resid + 1) == 'P'),
+Prescreen::Prescreen(const ScreenQuery& query)
+    : halfWidth_(query.halfWidth),
+      centreCode_(foldedCode(valueOr(query.codes, query.resid))),
+      prolineFollows_(valueOr(query.codes, query.resid + 1) == 'P'),
       wantSameType_(hasChi1Rotamers(centreCode_)) {
-  for (int k = -halfWidth_; k <= halfWidth_; ++k) fillPosition(run, resid, k);
-  fillCentre(run);
+  for (int k = -halfWidth_; k <= halfWidth_; ++k) fillPosition(query, k);
+  fillCentre(query);
   fillBounds();
 }
 
 /// Prior and type penalty of query residue resid + k; its code is taken unfolded.
-void Prescreen::fillPosition(const ORBEL& run, int resid, int k) {
+void Prescreen::fillPosition(const ScreenQuery& query, int k) {
   const auto position = toIndex(k + halfWidth_);
-  if (const auto* boxes = findValue(run.searchPrior, resid + k)) {
+  if (const auto* boxes = findValue(query.prior, query.resid + k)) {
     const double weight = kScreenWeights[toIndex(std::abs(k))];
     for (const auto& [box, prior] : *boxes) {
-      if (box >= 0 && box < ClusterData::kBoxes) {
+      if (box >= 0 && box < kPhiPsiBoxes) {
         prior_[position][toIndex(box)] = weight * prior;
         hasPrior_[position] = hasPrior_[position] || !(prior == 0.0);
       }
     }
   }
-  if (const auto* row = findValue(run.blosumMatrix, valueOr(run.residueCode, resid + k))) {
+  if (const auto* row = findValue(query.similarity, valueOr(query.codes, query.resid + k))) {
     for (const auto& [code, similarity] : *row) {
       if (similarity < 0.0) penalty_[position][codeIndex(code)] = similarity / 10.0;
     }
@@ -51,14 +52,14 @@ void Prescreen::fillPosition(const ORBEL& run, int resid, int k) {
 }
 
 /// Centres must be similar to the query's type; proline and glycine match themselves only.
-void Prescreen::fillCentre(const ORBEL& run) {
+void Prescreen::fillCentre(const ScreenQuery& query) {
   const bool ownTypeOnly = centreCode_ == 'P' || centreCode_ == 'G';
   for (std::size_t i = 0; i < kCodes; ++i) {
     const bool own = i == codeIndex(centreCode_);
     if (own || !ownTypeOnly) centreCodes_[i] |= kMatch;
     if (own && wantSameType_) centreCodes_[i] |= kSameType;
   }
-  if (const auto* row = findValue(run.blosumMatrix, centreCode_)) {
+  if (const auto* row = findValue(query.similarity, centreCode_)) {
     for (const auto& [code, similarity] : *row) {
       if (!(similarity >= 0.0)) centreCodes_[codeIndex(code)] = 0;
     }

@@ -4,13 +4,23 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <span>
 #include <vector>
 
-#include "driver/ORBEL.h"
-#include "search/residue_types.h"
+#include "search/candidates.h"
+#include "search/fragment_reach.h"
 #include "search/screen_index.h"
 #include "search/top_scores.h"
+
+/// The query of a pre-screen: what is known of the residues around its centre `resid`.
+struct ScreenQuery {
+  int resid;
+  int halfWidth;                                             ///< 1 to kMaxHalfWidth
+  const std::map<int, char>& codes;                          ///< residue -> code
+  const std::map<int, std::map<int, double>>& prior;         ///< residue -> box -> weight, absent = 0
+  const std::map<char, std::map<char, double>>& similarity;  ///< BLOSUM62: query -> database code
+};
 
 /// Collects the 1000 best-scoring fragment centres for one query residue, and the 1000 best of the same
 /// residue type.
@@ -22,7 +32,7 @@
 /// scores and a lower one has been met, source by source.
 class Prescreen {
  public:
-  Prescreen(const ORBEL& run, int resid);
+  explicit Prescreen(const ScreenQuery& query);
 
   /// Scores every fragment of the database; `index` must be made from it.
   void scan(const DB& db, const ScreenIndex& index);
@@ -54,8 +64,8 @@ class Prescreen {
   std::vector<int> centres_;  ///< of the block being scanned
   std::vector<float> scores_;
 
-  void fillPosition(const ORBEL& run, int resid, int k);
-  void fillCentre(const ORBEL& run);
+  void fillPosition(const ScreenQuery& query, int k);
+  void fillCentre(const ScreenQuery& query);
   void fillBounds();
   void fillNumberPenalties(const ScreenIndex& index);
   std::vector<std::size_t> boxesByPrior() const;

@@ -4,14 +4,13 @@
 #include <algorithm>
 #include <array>
 
-#include "driver/maps.h"
+#include "base/maps.h"
 #include "search/database_image.h"
 
-ScreenIndex::ScreenIndex(const ORBEL& run) {
-  const DB& db = *run.fragmentDatabase;
-  for (int p = 1; p < run.sourceCount; ++p) {
-    const int first = std::max(valueOr(run.sourceStart, p), 0);
-    const int last = std::min(valueOr(run.sourceEnd, p, -1), db.entryCount - 1);
+ScreenIndex::ScreenIndex(const DB& db, const SourceRanges& ranges) {
+  for (int p = 1; p < ranges.count; ++p) {
+    const int first = std::max(valueOr(ranges.first, p), 0);
+    const int last = std::min(valueOr(ranges.last, p, -1), db.entryCount - 1);
     if (first <= last) sources.push_back({first, last});
   }
   if (db.screenKeys != nullptr) {

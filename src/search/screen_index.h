@@ -2,15 +2,23 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <span>
 #include <vector>
 
-#include "driver/ORBEL.h"
-#include "search/residue_types.h"
+#include "base/boxes.h"
+#include "search/fragment_reach.h"
+#include "tables/DB.h"
+
+/// First and last entry of the sources 1 to `count` - 1.
+struct SourceRanges {
+  int count;
+  const std::map<int, int>&first, &last;
+};
 
 /// Compact copy of the database for scanning, valid while database and source index stay as they are.
 struct ScreenIndex {
-  explicit ScreenIndex(const ORBEL& run);
+  ScreenIndex(const DB& db, const SourceRanges& ranges);
   ScreenIndex(const ScreenIndex&) = delete;
   ScreenIndex& operator=(const ScreenIndex&) = delete;
 
@@ -19,8 +27,9 @@ struct ScreenIndex {
   };
   static constexpr std::uint16_t kBoxMask = 511;
   static constexpr int kReachShift = 9, kReachMask = 3, kCodeShift = 11;
-  static constexpr std::uint16_t kNoBox = 324;     ///< every class key beyond the boxes
-  static constexpr std::size_t kCommonCodes = 31;  ///< codes with a number of their own
+  static constexpr std::uint16_t kNoBox = kPhiPsiBoxes;  ///< every class key beyond the boxes
+  static constexpr std::size_t kCommonCodes = 31;        ///< codes with a number of their own
+  static_assert(kNoBox <= kBoxMask && kMaxHalfWidth <= kReachMask);
 
   static int reach(std::uint16_t key) { return key >> kReachShift & kReachMask; }
 

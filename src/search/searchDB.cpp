@@ -6,17 +6,18 @@
 #include <utility>
 #include <vector>
 
+#include "base/atoms.h"
+#include "base/maps.h"
+#include "base/residues.h"
 #include "driver/ORBEL.h"
-#include "driver/maps.h"
 #include "search/candidates.h"
 #include "search/fragment_distance.h"
-#include "search/match_lists.h"
 #include "search/prescreen.h"
 
 namespace {
 
 constexpr std::size_t kSameTypeKept = 20;
-constexpr double kAtomsPerResidue = 6.0;
+constexpr double kAtomsPerResidue = static_cast<double>(kAtoms);
 
 /// Ranking list of the pre-screened fragments with a positive score: distance per atom divided by the score
 /// -> centre entry. Of equal keys the lower score stays.
@@ -34,13 +35,6 @@ CandidateMap rankByDistance(const CandidateMap& screened, double atoms, const Di
   return ranking;
 }
 
-/// Centre entry -> key of a candidate list.
-std::map<int, double> keysByEntry(const CandidateMap& candidates) {
-  std::map<int, double> keys;
-  for (const auto& [key, entry] : candidates) keys[entry] = key;
-  return keys;
-}
-
 }  // namespace
 
 /// `matches` receives the whole ranked list, keyed by distance, or by score when too few fragments fit the
@@ -49,12 +43,13 @@ void ORBEL::searchDB(int resid, CandidateMap& matches, CandidateMap& sameType) {
   if (fragmentDatabase == nullptr) return;
   const DB& db = *fragmentDatabase;
 
-  const auto index = screenIndex != nullptr ? screenIndex : std::make_shared<const ScreenIndex>(*this);
-  Prescreen screen(*this, resid);
+  const auto index =
+      screenIndex != nullptr ? screenIndex : std::make_shared<const ScreenIndex>(db, sourceRanges());
+  const int halfWidth = fragmentHalfWidth(alignLength);
+  Prescreen screen({resid, halfWidth, residueCode, searchPrior, blosumMatrix});
   screen.scan(db, *index);
 
-  const FragmentDistance query(*this, resid);
-  const int halfWidth = fragmentHalfWidth(alignLength);
+  const FragmentDistance query(shiftRows(), resid);
   const bool byDistance = keyFromTop(screen.matches, kMatchesKept) > 0.0;
   if (byDistance) {
     matches = rankByDistance(screen.matches, kAtomsPerResidue * alignLength,
@@ -64,11 +59,11 @@ void ORBEL::searchDB(int resid, CandidateMap& matches, CandidateMap& sameType) {
   }
   const CandidateMap cut = byDistance ? cutToSmallest(matches, kMatchesKept, kMatchesCut)
                                       : cutToHighest(matches, kMatchesKept, kMatchesCut);
-  fillMatchLists(*this, resid, cut, quiet ? std::map<int, double>() : keysByEntry(screen.matches), "");
+  fillMatchLists(resid, cut, quiet ? std::map<int, double>() : keysByEntry(screen.matches), "");
 
   if (!hasChi1Rotamers(foldedCode(valueOr(residueCode, resid)))) return;
   const CandidateMap ranking = rankByDistance(screen.sameType, kAtomsPerResidue * 3,
                                               [&](int entry) { return query.unweightedTriplet(db, entry); });
-  sameTypeIndex[resid] = fillSameTypeLists(*this, resid, ranking, kSameTypeKept);
+  sameTypeIndex[resid] = fillSameTypeLists(resid, ranking, kSameTypeKept);
   sameType = std::move(screen.sameType);
 }

@@ -4,17 +4,19 @@
 #include <iostream>
 #include <string>
 
+#include "base/maps.h"
+#include "base/residues.h"
+#include "base/statistics.h"
 #include "driver/ORBEL.h"
-#include "driver/maps.h"
 #include "search/candidates.h"
-#include "search/match_lists.h"
-#include "search/residue_types.h"
+#include "search/fragment_reach.h"
 #include "search/torsion_agreement.h"
+#include "tables/output_text.h"
 
 namespace {
 
-constexpr double kMatchTolerance = 80.0;     // degrees
-constexpr double kSameTypeTolerance = 50.0;  // degrees
+constexpr double kMatchTolerance = 80.0;     // degrees, given
+constexpr double kSameTypeTolerance = 50.0;  // degrees, given
 constexpr std::size_t kSameTypeLimit = 100;
 constexpr std::size_t kSameTypeCut = 101;
 constexpr std::size_t kScoresPerRotamer = 10;
@@ -34,19 +36,11 @@ CandidateMap agreeing(const CandidateMap& candidates, const DB& db, const Torsio
 
 /// The matches of the second pass. Candidates keyed by score (the 25th best is not positive) are not
 /// filtered: too few fragments fit the predicted map for a choice among them.
-void refillMatches(ORBEL& run, int resid, const CandidateMap& candidates, const TorsionAgreement& agreement) {
-  CandidateMap list;
+CandidateMap secondMatches(const CandidateMap& candidates, const DB& db, const TorsionAgreement& agreement) {
   if (keyFromTop(candidates, kMatchesKept) <= 0.0) {
-    list = cutToHighest(candidates, kMatchesKept, kMatchesCut);
-  } else {
-    const CandidateMap kept = agreeing(candidates, *run.fragmentDatabase, agreement, kMatchTolerance);
-    list = cutToSmallest(kept, kMatchesKept, kMatchesCut);
+    return cutToHighest(candidates, kMatchesKept, kMatchesCut);
   }
-  std::map<int, double> keyOf;  // for the report only
-  if (!run.quiet) {
-    for (const auto& [key, entry] : candidates) keyOf[entry] = key;
-  }
-  fillMatchLists(run, resid, list, keyOf, " r2");
+  return cutToSmallest(agreeing(candidates, db, agreement, kMatchTolerance), kMatchesKept, kMatchesCut);
 }
 
 bool complete(const RotamerScores& scores) {
@@ -73,12 +67,15 @@ void reportScores(const RotamerScores& scores, std::size_t fragments) {
     const std::vector<double> list = valueOr(scores, rotamer);
     const std::string padded = rotamer.size() == 1 ? rotamer + " " : rotamer;
     std::cout << "  " << list.size() << " \tbest matched fragments with " << padded << ' '
-              << ORBEL::cellText(ORBEL::getAverage(list)) << " +/- " << ORBEL::cellText(ORBEL::getSTDev(list))
-              << '\n';
+              << cellText(average(list)) << " +/- " << cellText(standardDeviation(list)) << '\n';
   }
 }
 
 }  // namespace
+
+TorsionAgreement ORBEL::torsionAgreement(int resid) const {
+  return {{predCount, predPhi, predPsi, topCount}, resid, fragmentHalfWidth(alignLength)};
+}
 
 /// `matches` and `sameType` are the lists that the first pass returned for the residue; `sameType` is
 /// replaced by the agreeing fragments keyed by the chi1 network's score.
@@ -86,20 +83,21 @@ void ORBEL::searchDB2(int resid, CandidateMap& matches, CandidateMap& sameType) 
   if (fragmentDatabase == nullptr) return;
   if (!quiet) std::cout << " checking " << matches.size() << " preliminary fragments" << std::endl;
 
-  const TorsionAgreement agreement(*this, resid);
-  if (valueOr(predCount, resid) < topCount) refillMatches(*this, resid, matches, agreement);
+  if (valueOr(predCount, resid) < topCount) {
+    const CandidateMap list = secondMatches(matches, *fragmentDatabase, torsionAgreement(resid));
+    fillMatchLists(resid, list, quiet ? std::map<int, double>() : keysByEntry(matches), " r2");
+  }
 
   if (!hasChi1Rotamers(valueOr(residueCode, resid))) return;
   selectChi1Fragments(resid, sameType);
   evalChi1WithANN(resid, sameType);
   chi1RotamerScores[resid] = collectScores(sameType, *fragmentDatabase);
   if (!quiet) reportScores(chi1RotamerScores[resid], sameType.size());
-  fillSameTypeLists(*this, resid, sameType, kUnlimited);
+  fillSameTypeLists(resid, sameType, kUnlimited);
 }
 
 void ORBEL::selectChi1Fragments(int resid, CandidateMap& sameType) const {
   if (fragmentDatabase == nullptr) return;
-  const TorsionAgreement agreement(*this, resid);
-  sameType = cutToSmallest(agreeing(sameType, *fragmentDatabase, agreement, kSameTypeTolerance),
+  sameType = cutToSmallest(agreeing(sameType, *fragmentDatabase, torsionAgreement(resid), kSameTypeTolerance),
                            kSameTypeLimit, kSameTypeCut);
 }

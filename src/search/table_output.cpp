@@ -3,11 +3,12 @@
 
 #include <cmath>
 
-#include "driver/angles.h"
-#include "driver/maps.h"
+#include "base/maps.h"
+#include "base/missing.h"
+#include "tables/output_text.h"
 
 std::string finiteCell(double value) {
-  return ORBEL::cellText(std::isfinite(value) ? value : kMissingValue);
+  return cellText(std::isfinite(value) ? value : kMissingValue);
 }
 
 std::string residueName(const std::map<int, std::string>& names, int resid) {
@@ -31,10 +32,6 @@ void addReferenceRemarks(GDB& table) {
 }
 
 void addSequenceData(GDB& table, const GDB& input) {
-  table.setData("FIRST_RESID", ORBEL::cellText(input.firstResid));
+  table.setData("FIRST_RESID", cellText(input.firstResid));
   table.setData("SEQUENCE", input.getData("SEQUENCE"));
-}
-
-bool hasReference(const ORBEL& run) {
-  return !run.referenceFile.empty() && run.referenceStructure != nullptr && !run.referenceStructure->isNull();
 }

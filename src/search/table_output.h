@@ -1,11 +1,12 @@
 // Parts shared by the writers of the prediction tables.
 #pragma once
 
+#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "driver/ORBEL.h"
+#include "tables/GDB.h"
 
 /// Text of a number cell; 9999 for a number that is not finite (a damaged database or input).
 std::string finiteCell(double value);
@@ -23,6 +24,3 @@ void addReferenceRemarks(GDB& table);
 
 /// The DATA lines of the input's numbering and sequence.
 void addSequenceData(GDB& table, const GDB& input);
-
-/// True when predictions are compared with a reference structure.
-bool hasReference(const ORBEL& run);

@@ -3,26 +3,25 @@
 
 #include <cmath>
 
-#include "driver/angles.h"
-#include "driver/maps.h"
-#include "search/residue_types.h"
+#include "base/angles.h"
+#include "base/maps.h"
+#include "base/missing.h"
 
 namespace {
 
 bool within(double predicted, float observed, double tolerance) {
   const auto angle = static_cast<double>(observed);
-  if (predicted > kMissingLimit || angle > kMissingLimit) return false;
+  if (isBeyondLimit(predicted) || isBeyondLimit(angle)) return false;
   return std::abs(wrapOnce(predicted - angle)) <= tolerance;
 }
 
 }  // namespace
 
-TorsionAgreement::TorsionAgreement(const ORBEL& run, int resid) {
-  const int halfWidth = fragmentHalfWidth(run.alignLength);
+TorsionAgreement::TorsionAgreement(const PredictedTorsions& predicted, int resid, int halfWidth) {
   for (int k = -halfWidth; k <= halfWidth; ++k) {
-    const int* count = findValue(run.predCount, resid + k);
-    if (count == nullptr || *count < run.topCount) continue;
-    conditions_.push_back({k, valueOr(run.predPhi, resid + k), valueOr(run.predPsi, resid + k)});
+    const int* count = findValue(predicted.count, resid + k);
+    if (count == nullptr || *count < predicted.topCount) continue;
+    conditions_.push_back({k, valueOr(predicted.phi, resid + k), valueOr(predicted.psi, resid + k)});
   }
 }
 

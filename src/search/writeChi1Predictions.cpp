@@ -5,20 +5,24 @@
 #include <cstdlib>
 #include <iostream>
 
-#include "ann/residue_vectors.h"
+#include "base/angles.h"
+#include "base/atoms.h"
+#include "base/maps.h"
+#include "base/missing.h"
+#include "base/residue_range.h"
+#include "base/residues.h"
+#include "base/statistics.h"
 #include "driver/ORBEL.h"
-#include "driver/maps.h"
-#include "driver/residue_range.h"
-#include "search/class_rule.h"
-#include "search/residue_types.h"
 #include "search/table_output.h"
+#include "tables/output_text.h"
 
 namespace {
 
 constexpr int kBins = 11;
-constexpr double kSmallestClassProbability = 0.6;
-constexpr std::size_t kFewestScores = 3;
+constexpr double kSmallestClassProbability = 0.6;  // given
+constexpr std::size_t kFewestScores = 3;           // of a rotamer; given
 constexpr std::size_t kMostAngles = 25;
+constexpr double kUndefinedTurned = 666.0;  // degrees; only a missing value is still beyond it; given
 constexpr std::array<const char*, 3> kRotamers = {"g+", "g-", "t"};  // order in which equal maxima resolve
 /// Valine's chi1 is named by the other methyl group: its rotamers are those of 120 degrees less.
 constexpr std::array<const char*, 3> kValineRotamers = {"t", "g+", "g-"};
@@ -47,7 +51,7 @@ Calibration loadCalibration(const std::string& path) {
 /// Mean network score of a rotamer's fragments, 1 (a bad score) for fewer than 3 of them.
 float meanScore(const std::map<std::string, std::vector<double>>& scores, const std::string& rotamer) {
   const std::vector<double> list = valueOr(scores, rotamer);
-  return list.size() < kFewestScores ? 1.0F : static_cast<float>(ORBEL::getAverage(list));
+  return list.size() < kFewestScores ? 1.0F : static_cast<float>(average(list));
 }
 
 std::size_t scoreBin(float mean) {
@@ -84,7 +88,7 @@ void rotateValine(std::vector<double>& chi1) {
   for (double& value : chi1) {
     value -= 120.0;
     if (value < -180.0) value += 360.0;
-    if (value > 666.0) value = 9999.0;
+    if (value > kUndefinedTurned) value = kMissingValue;
   }
 }
 
@@ -121,21 +125,21 @@ void addHeader(GDB& table, const ORBEL& run, bool compared) {
 }
 
 void addRow(GDB& table, const ORBEL& run, int resid, const RotamerPrediction& prediction) {
-  table.setEntry(resid, "RESID", ORBEL::cellText(resid));
+  table.setEntry(resid, "RESID", cellText(resid));
   table.setEntry(resid, "RESNAME", residueName(run.sequenceCopy, resid));
-  table.setEntry(resid, "CS_COUNT", ORBEL::cellText(tripletShiftCount(run, resid)));
+  table.setEntry(resid, "CS_COUNT", cellText(presentShifts(run.missingCount, resid - 1, resid + 1)));
   table.setEntry(resid, "Q_Gp", finiteCell(static_cast<double>(prediction.probability[0])));
   table.setEntry(resid, "Q_Gm", finiteCell(static_cast<double>(prediction.probability[1])));
   table.setEntry(resid, "Q_T", finiteCell(static_cast<double>(prediction.probability[2])));
   table.setEntry(resid, "CLASS", prediction.className);
   if (prediction.className == "na") {
-    table.setEntry(resid, "CHI1", "9999.0");
-    table.setEntry(resid, "DCHI1", "9999.0");
+    table.setEntry(resid, "CHI1", cellText(kMissingValue));
+    table.setEntry(resid, "DCHI1", cellText(kMissingValue));
     return;
   }
   const std::vector<double> angles = anglesInRotamer(valueOr(run.sameTypeChi1, resid), prediction.className);
-  table.setEntry(resid, "CHI1", finiteCell(ORBEL::getAVGAngle2(angles)));
-  table.setEntry(resid, "DCHI1", finiteCell(ORBEL::getSTDAngle(angles)));
+  table.setEntry(resid, "CHI1", finiteCell(circularMean(angles)));
+  table.setEntry(resid, "DCHI1", finiteCell(circularSpread(angles)));
 }
 
 }  // namespace
@@ -144,7 +148,7 @@ void addRow(GDB& table, const ORBEL& run, int resid, const RotamerPrediction& pr
 /// when chi1.tab cannot be opened.
 void ORBEL::writeChi1Predictions() {
   const Calibration calibration = loadCalibration(tabDir + pathSeparator + "chi1.tab");
-  const bool compared = hasReference(*this);
+  const bool compared = hasReference();
   GDB table;
   addHeader(table, *this, compared);
   std::cout << "Summarizing Chi1 Predictions ..." << std::endl;

@@ -2,29 +2,18 @@
 #include <array>
 #include <string>
 
+#include "base/atoms.h"
+#include "base/maps.h"
+#include "base/residue_range.h"
 #include "driver/ORBEL.h"
-#include "driver/maps.h"
-#include "driver/residue_range.h"
-#include "search/residue_types.h"
+#include "search/fragment_reach.h"
 #include "search/table_output.h"
+#include "tables/output_text.h"
 
 namespace {
 
 /// Column endings of the residue before the match's centre, the centre and the residue after it.
 constexpr std::array<const char*, 3> kPositions = {"_L1", "", "_R1"};
-
-/// A shift column and its pair in the database entry.
-struct ShiftColumn {
-  const char* name;
-  const char* format;
-  std::size_t pair;
-};
-constexpr std::array<ShiftColumn, 6> kShiftColumns = {{{"HN", " %5.2f", 5},
-                                                       {"N", " %5.1f", 0},
-                                                       {"HA", " %5.2f", 1},
-                                                       {"C", " %5.1f", 2},
-                                                       {"CA", " %5.1f", 3},
-                                                       {"CB", " %5.1f", 4}}};
 
 void defineColumns(GDB& table) {
   std::string names = "INDEX RESID_Q_CENTER RESNAMES_Q DIST W RESNAMES_DB";
@@ -32,9 +21,9 @@ void defineColumns(GDB& table) {
   for (const std::string position : kPositions) {
     for (const char* name : {" RESID", " PHI", " PSI", " CHI1"}) names.append(name).append(position);
     formats += " %4d %6.1f %6.1f %4.0f";
-    for (const ShiftColumn& shift : kShiftColumns) {
-      names.append(1, ' ').append(shift.name).append(position);
-      formats += shift.format;
+    for (const Atom atom : kInputOrder) {
+      names.append(1, ' ').append(atomName(atom)).append(position);
+      formats += isProton(atom) ? " %5.2f" : " %5.1f";
     }
   }
   table.VARS_str_parser(names + " SOURCE");
@@ -83,12 +72,12 @@ void addEntryCells(GDB& table, int row, const DB& db, int entry, const std::stri
   const float* angles = db.angles(entry);
   const float* shifts = db.shifts(entry);
   const auto resid = static_cast<int>(db.dbResid[toIndex(entry)]);
-  table.setEntry(row, "RESID" + position, ORBEL::cellText(resid));
+  table.setEntry(row, "RESID" + position, cellText(resid));
   table.setEntry(row, "PHI" + position, finiteCell(static_cast<double>(angles[0])));
   table.setEntry(row, "PSI" + position, finiteCell(static_cast<double>(angles[1])));
   table.setEntry(row, "CHI1" + position, finiteCell(static_cast<double>(angles[2])));
-  for (const ShiftColumn& shift : kShiftColumns) {
-    table.setEntry(row, shift.name + position, finiteCell(static_cast<double>(shifts[2 * shift.pair])));
+  for (const Atom atom : kInputOrder) {
+    table.setEntry(row, atomName(atom) + position, finiteCell(static_cast<double>(shifts[2 * column(atom)])));
   }
 }
 
@@ -102,11 +91,11 @@ void addRow(GDB& table, const ORBEL& run, int row, int resid, int entry, double 
     query += residueName(run.sequence, resid + k);
     database += printableCode(db.dbResName[toIndex(entry + k)]);
   }
-  table.setEntry(row, "INDEX", ORBEL::cellText(row));
-  table.setEntry(row, "RESID_Q_CENTER", ORBEL::cellText(resid));
+  table.setEntry(row, "INDEX", cellText(row));
+  table.setEntry(row, "RESID_Q_CENTER", cellText(resid));
   table.setEntry(row, "RESNAMES_Q", query);
   table.setEntry(row, "DIST", finiteCell(distance));
-  table.setEntry(row, "W", ORBEL::cellText(weight));
+  table.setEntry(row, "W", cellText(weight));
   table.setEntry(row, "RESNAMES_DB", database);
   for (int d = -1; d <= 1; ++d) {
     addEntryCells(table, row, db, entry + d, kPositions[toIndex(d + 1)]);

@@ -2,11 +2,13 @@
 #include <iostream>
 #include <optional>
 
+#include "base/atoms.h"
+#include "base/maps.h"
+#include "base/residue_range.h"
 #include "driver/ORBEL.h"
-#include "driver/maps.h"
-#include "driver/residue_range.h"
 #include "search/class_rule.h"
 #include "search/table_output.h"
+#include "tables/output_text.h"
 
 namespace {
 
@@ -46,7 +48,7 @@ void addHeader(GDB& table, const ORBEL& run, bool compared) {
 }
 
 void addRow(GDB& table, const ORBEL& run, int resid, const TorsionPrediction& prediction) {
-  table.setEntry(resid, "RESID", ORBEL::cellText(resid));
+  table.setEntry(resid, "RESID", cellText(resid));
   table.setEntry(resid, "RESNAME", residueName(run.sequenceCopy, resid));
   table.setEntry(resid, "PHI", finiteCell(prediction.phi));
   table.setEntry(resid, "PSI", finiteCell(prediction.psi));
@@ -54,16 +56,28 @@ void addRow(GDB& table, const ORBEL& run, int resid, const TorsionPrediction& pr
   table.setEntry(resid, "DPSI", finiteCell(prediction.dpsi));
   table.setEntry(resid, "DIST", finiteCell(prediction.distance));
   table.setEntry(resid, "S2", finiteCell(prediction.s2));
-  table.setEntry(resid, "COUNT", ORBEL::cellText(prediction.count));
-  table.setEntry(resid, "CS_COUNT", ORBEL::cellText(tripletShiftCount(run, resid)));
+  table.setEntry(resid, "COUNT", cellText(prediction.count));
+  table.setEntry(resid, "CS_COUNT", cellText(presentShifts(run.missingCount, resid - 1, resid + 1)));
   table.setEntry(resid, "CLASS", prediction.className);
 }
 
 }  // namespace
 
+ClassInput ORBEL::classInput(int resid) const {
+  return {.resid = resid,
+          .span = span(),
+          .phi = valueOr(matchPhi, resid),
+          .psi = valueOr(matchPsi, resid),
+          .distance = valueOr(matchDistance, resid),
+          .count = valueOr(predCount, resid),
+          .flexibility = valueOr(rciValue, resid),
+          .topCount = topCount,
+          .s2Cutoff = s2Cutoff};
+}
+
 /// Writes `predFile`; residues without a prediction get angles of 9999 and class None.
 void ORBEL::writeTorsionPredictions() {
-  const bool compared = hasReference(*this);
+  const bool compared = hasReference();
   GDB table;
   addHeader(table, *this, compared);
   table.VARS_str_parser("RESID RESNAME PHI PSI DPHI DPSI DIST S2 COUNT CS_COUNT CLASS");
@@ -74,7 +88,7 @@ void ORBEL::writeTorsionPredictions() {
     if (compared && resid > shiftFirstResid && resid < shiftLastResid) {
       reference = referenceTorsions(*referenceStructure, resid);
     }
-    addRow(table, *this, resid, classifyResidue(*this, resid, reference));
+    addRow(table, *this, resid, classifyResidue(classInput(resid), reference));
   }
   saveTable(table, predFile);
 }

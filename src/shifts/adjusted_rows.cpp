@@ -1,14 +1,12 @@
 // Rows of the adjusted-shift table: observed shift, subtracted reference value, secondary shift.
-#include "shifts/adjusted_rows.h"
-
-#include <array>
-#include <cstdio>
-
-#include "driver/angles.h"
-#include "driver/maps.h"
-#include "driver/residue_range.h"
+#include "base/atoms.h"
+#include "base/maps.h"
+#include "base/missing.h"
+#include "base/residue_range.h"
+#include "driver/ORBEL.h"
 #include "shifts/input_shift.h"
 #include "shifts/row_index.h"
+#include "tables/output_text.h"
 
 namespace {
 
@@ -54,25 +52,25 @@ AtomRow observedRow(const ORBEL& run, const GDB::Row& input, const std::string& 
   AtomRow result;
   result.row = input;
   const double observed = shiftOf(&input);
-  if (adjustment < kMissingLimit) {
+  if (isPresent(adjustment)) {
     result.secondary = observed - adjustment;
-    result.row["SHIFT"] = ORBEL::cellText(result.secondary);
+    result.row["SHIFT"] = cellText(result.secondary);
   } else {
-    result.row["SHIFT"] = "9999";
+    result.row["SHIFT"] = cellText(kMissingValue);
   }
-  result.row["CS_OBS"] = ORBEL::cellText(observed);
-  result.row["CS_ADJ"] = ORBEL::cellText(adjustment);
-  if (run.noProton && (atom == "HA" || atom == "HN")) ++result.missing;
+  result.row["CS_OBS"] = cellText(observed);
+  result.row["CS_ADJ"] = cellText(adjustment);
+  if (run.noProton && isProton(atom)) ++result.missing;
   return result;
 }
 
 /// Row of an atom without a shift. Glycine's HA is settled by its HA2 and HA3 rows.
 AtomRow absentRow(const Residue& residue, const std::string& atom) {
   AtomRow result;
-  result.row = {{"RESID", ORBEL::cellText(residue.resid)},
+  result.row = {{"RESID", cellText(residue.resid)},
                 {"RESNAME", residue.code},
                 {"ATOMNAME", atom},
-                {"SHIFT", "9999"}};
+                {"SHIFT", cellText(kMissingValue)}};
   if (!(residue.code == "G" && atom == "HA")) ++result.missing;
   return result;
 }
@@ -91,13 +89,13 @@ void setGlycineHA(const ORBEL& run, const RowIndex& input, const Residue& residu
     result.row = *ha3;
   }
   result.row["ATOMNAME"] = "HA";
-  result.row["SHIFT"] = ORBEL::cellText(value);
-  result.row["CS_OBS"] = ORBEL::cellText(value);
-  result.row["CS_ADJ"] = ORBEL::cellText(adjustment);
+  result.row["SHIFT"] = cellText(value);
+  result.row["CS_OBS"] = cellText(value);
+  result.row["CS_ADJ"] = cellText(adjustment);
   result.secondary = kMissingValue;
-  if (adjustment < kMissingLimit) {
+  if (isPresent(adjustment)) {
     result.secondary = value - adjustment;
-    result.row["SHIFT"] = ORBEL::cellText(result.secondary);
+    result.row["SHIFT"] = cellText(result.secondary);
   }
 }
 
@@ -119,33 +117,24 @@ void copyHeader(const GDB& from, GDB& to) {
 
 }  // namespace
 
-void fillAdjustedShifts(ORBEL& run) {
-  copyHeader(run.inputTable, run.adjustedShiftTable);
-  const RowIndex input(run.inputTable);
-  run.secondaryShift.clear();
+void ORBEL::fillAdjustedShifts() {
+  copyHeader(inputTable, adjustedShiftTable);
+  const RowIndex input(inputTable);
+  secondaryShift.clear();
   std::int32_t number = 0;
-  for (const int resid : residueRange(run.firstResidOption, run.lastResidOption)) {
-    const Residue residue = describe(run, resid);
-    run.residueCode[resid] = residue.code.empty() ? '\0' : residue.code[0];
-    auto& secondary = run.secondaryShift.emplace_back();
+  for (const int resid : residueRange(firstResidOption, lastResidOption)) {
+    const Residue residue = describe(*this, resid);
+    residueCode[resid] = residue.code.empty() ? '\0' : residue.code[0];
+    auto& secondary = secondaryShift.emplace_back();
     int missing = 0;
-    for (const auto& [position, atom] : run.atomNames) {
-      const double adjustment = referenceShift(run, residue, atom);
-      AtomRow row = makeRow(run, input, residue, atom, adjustment);
+    for (const auto& [position, atom] : atomNames) {
+      const double adjustment = referenceShift(*this, residue, atom);
+      AtomRow row = makeRow(*this, input, residue, atom, adjustment);
       missing += row.missing;
       secondary[static_cast<std::size_t>(position - 1)] = row.secondary;
-      run.adjustedShiftTable.entries[++number] = std::move(row.row);
-      run.shiftAdjustment[resid][atom] = adjustment;
+      adjustedShiftTable.entries[++number] = std::move(row.row);
+      shiftAdjustment[resid][atom] = adjustment;
     }
-    run.missingCount[resid] = missing;
+    missingCount[resid] = missing;
   }
-}
-
-std::string formatOffset(const char* format, double offset) {
-  std::array<char, 512> buffer{};
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wformat-nonliteral"
-  std::snprintf(buffer.data(), buffer.size(), format, offset);
-#pragma GCC diagnostic pop
-  return buffer.data();
 }

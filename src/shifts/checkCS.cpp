@@ -3,14 +3,18 @@
 #include <cstdio>
 #include <iostream>
 
+#include "base/atoms.h"
+#include "base/maps.h"
+#include "base/missing.h"
+#include "base/residues.h"
+#include "base/statistics.h"
 #include "driver/ORBEL.h"
-#include "driver/angles.h"
-#include "driver/maps.h"
 #include "tables/text.h"
 
 namespace {
 
-constexpr std::size_t kSmallestFit = 10;  ///< points below which a set's fit is not used
+constexpr std::size_t kSmallestFit = 10;  ///< points below which a set's fit is not used; given
+constexpr double kSignificance = 5.0;     ///< standard errors that make an offset one; given
 
 /// Secondary shifts of one nucleus against d, the CA-minus-CB secondary shift of the same residue. d does not
 /// depend on the referencing, so the line's value at d = 0 estimates the offset (Wang et al., J Biomol NMR
@@ -27,7 +31,8 @@ struct ResidueSet {
 struct Group {
   const char* tooFew;
   const char* report;
-  double negativeCorrection, positiveCorrection;  ///< ppm, intercept of a well referenced protein
+  double negativeCorrection,
+      positiveCorrection;  ///< ppm, minus the intercept of a well referenced protein; given
   Points ResidueSet::*points;
   std::vector<const char*> atoms;
 };
@@ -61,8 +66,7 @@ using ShiftsByResidue = std::map<std::string, std::map<std::string, double>>;  /
 ShiftsByResidue reportOutliers(const ORBEL& run) {
   ShiftsByResidue shifts;
   for (const auto& [number, row] : run.adjustedShiftTable.entries) {
-    std::string atom = GDB::cell(row, "ATOMNAME");
-    if (atom == "H") atom = "HN";
+    const std::string atom = backboneName(GDB::cell(row, "ATOMNAME"));
     const double shift = text::toDouble(GDB::cell(row, "SHIFT"));
     const int resid = text::toInt(GDB::cell(row, "RESID"));
     const double limit = run.clipSShift(resid, shift, atom);
@@ -89,12 +93,12 @@ void collectSets(const ORBEL& run, const ShiftsByResidue& shifts, ResidueSet& ne
     const double ca = valueOr(atoms, "CA");
     const double cb = valueOr(atoms, "CB");
     const std::string code = valueOr(run.sequence, text::toInt(resid));
-    if (!(ca < kMissingLimit && cb < kMissingLimit) || code == "P" || code == "c" || code == "C") continue;
+    if (!isPresent(ca) || !isPresent(cb) || code == "P" || isCysteine(code)) continue;
     const double d = ca - cb;
     ResidueSet& set = d < 0.0 ? negative : positive;
     add(set.ca, d, ca);
-    if (const double ha = valueOr(atoms, "HA"); ha < kMissingLimit) add(set.ha, d, ha);
-    if (const double c = valueOr(atoms, "C"); c < kMissingLimit) add(set.c, d, c);
+    if (const double ha = valueOr(atoms, "HA"); isPresent(ha)) add(set.ha, d, ha);
+    if (const double c = valueOr(atoms, "C"); isPresent(c)) add(set.c, d, c);
   }
 }
 
@@ -137,8 +141,8 @@ void estimateGroup(ORBEL& run, const Group& group, const ResidueSet& negative, c
     estimate = combine(fitOffset(low, group.negativeCorrection), static_cast<double>(lowCount),
                        fitOffset(high, group.positiveCorrection), static_cast<double>(highCount));
   }
-  const bool accepted =
-      std::fabs(estimate.offset) > 5.0 * estimate.error && estimate.error > 0.0 && count > kSmallestFit;
+  const bool accepted = std::fabs(estimate.offset) > kSignificance * estimate.error && estimate.error > 0.0 &&
+                        count > kSmallestFit;
   if (!accepted) return;
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
@@ -170,12 +174,12 @@ bool ORBEL::LinearLeastSquareFitting(const std::vector<double>& x, const std::ve
     xy.push_back(x[i] * y[i]);
     xx.push_back(x[i] * x[i]);
   }
-  const double meanX = getAverage(x);
-  const double meanY = getAverage(y);
-  slope = (n * getAverage(xy) - n * meanY * meanX) / (n * getAverage(xx) - n * meanX * meanX);
+  const double meanX = average(x);
+  const double meanY = average(y);
+  slope = (n * average(xy) - n * meanY * meanX) / (n * average(xx) - n * meanX * meanX);
   intercept = meanY - slope * meanX;
   std::vector<double> residuals;
   for (std::size_t i = 0; i < x.size(); ++i) residuals.push_back(y[i] - (intercept + slope * x[i]));
-  error = getSTDev(residuals) / std::sqrt(n);
+  error = standardDeviation(residuals) / std::sqrt(n);
   return true;
 }

@@ -1,9 +1,9 @@
 // Secondary shifts brought into the limits observed for their residue type and atom.
 #include <cstdio>
 
+#include "base/maps.h"
+#include "base/missing.h"
 #include "driver/ORBEL.h"
-#include "driver/angles.h"
-#include "driver/maps.h"
 #include "tables/text.h"
 
 double ORBEL::clipSShift(int resid, double shift, const std::string& atom) const {
@@ -15,9 +15,9 @@ double ORBEL::clipSShift(int resid, double shift, const std::string& atom) const
     highest = text::toDouble(GDB::cell(*row, atom + "_MAX"));
   }
   double clipped = shift;
-  if (shift < lowest && shift < kMissingLimit) {
+  if (shift < lowest && isPresent(shift)) {
     clipped = lowest;
-  } else if (shift > highest && shift < kMissingLimit) {
+  } else if (shift > highest && isPresent(shift)) {
     clipped = highest;
   }
   if (clipped < shift || clipped > shift) {

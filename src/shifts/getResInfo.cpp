@@ -6,28 +6,26 @@
 #include <limits>
 #include <optional>
 
+#include "base/atoms.h"
+#include "base/limits.h"
+#include "base/maps.h"
+#include "base/missing.h"
+#include "base/residue_range.h"
+#include "base/residues.h"
 #include "driver/ORBEL.h"
-#include "driver/angles.h"
-#include "driver/limits.h"
-#include "driver/maps.h"
-#include "driver/residue_range.h"
-#include "shifts/adjusted_rows.h"
 #include "shifts/input_shift.h"
+#include "tables/output_text.h"
 #include "tables/text.h"
 
 namespace {
 
 constexpr float kOxidisedCysteineCB =
-    34.0F;  ///< ppm; reduced cysteines lie below (Sharma & Rajarathnam 2000)
-constexpr int kToleratedMismatches = 4;
+    34.0F;                               ///< ppm; reduced cysteines lie below (Sharma & Rajarathnam 2000)
+constexpr int kToleratedMismatches = 4;  // given
 
 /// One-letter code of a RESNAME cell, which may hold a three-letter name.
 std::string oneLetter(const std::string& name) {
-  return name.size() == 3 ? PDB::getOneAAName(name) : name;
-}
-
-bool isCysteine(const std::string& code) {
-  return code == "c" || code == "C";
+  return name.size() == 3 ? std::string(1, oneLetterCode(name)) : name;
 }
 
 void readSequence(ORBEL& run) {
@@ -49,9 +47,8 @@ void requireContent(const ORBEL& run) {
 
 /// Nothing is known yet of the residues of the sequence and of the two beside it.
 void startCounts(ORBEL& run) {
-  constexpr int kAtoms = 6;
   for (const int resid : residueRange(run.sequenceStart - 1, run.sequence.rbegin()->first + 1))
-    run.missingCount[resid] = kAtoms;
+    run.missingCount[resid] = static_cast<int>(kAtoms);
 }
 
 /// The CB shift tells a disulfide-bonded cysteine ("c") from a reduced one ("C").
@@ -110,18 +107,20 @@ void narrowRange(ORBEL& run) {
   if (last < first) std::swap(first, last);
   // A mistyped residue number must not turn into hours of work on empty residues.
   if (static_cast<std::int64_t>(last) - first >= kLongestChain) {
-    refuse(" Residue range " + ORBEL::cellText(first) + " to " + ORBEL::cellText(last) + " in file " +
-           run.inputFile + " is too long, at most " + ORBEL::cellText(kLongestChain) +
+    refuse(" Residue range " + cellText(first) + " to " + cellText(last) + " in file " + run.inputFile +
+           " is too long, at most " + cellText(kLongestChain) +
            " residues are supported, check the RESID column, exit ...");
   }
   requireResid(first, run.inputFile);
   requireResid(last, run.inputFile);
 }
 
-void reportOffset(ORBEL& run, const std::string& atom, const char* format) {
+void reportOffset(ORBEL& run, const std::string& atom, const char* nuclei) {
   const double offset = valueOr(run.referencingOffset, atom);
   if (offset == 0.0) return;
-  const std::string message = formatOffset(format, offset);
+  std::string message;
+  output_text::append(message, " %6.3f ppm referencing offset applied for %s chemical shifts", offset,
+                      nuclei);
   run.adjustedShiftTable.addRemark(message);
   std::cerr << message << std::endl;
 }
@@ -133,11 +132,11 @@ void subtractOffsets(ORBEL& run) {
     if (atom == "HA1" || atom == "HA2" || atom == "HA3") atom = "HA";
     const double offset = valueOr(run.referencingOffset, atom);
     const double shift = text::toDouble(GDB::cell(row, "SHIFT"));
-    if (offset != 0.0 && shift < kMissingLimit) row["SHIFT"] = ORBEL::cellText(shift - offset);
+    if (offset != 0.0 && isPresent(shift)) row["SHIFT"] = cellText(shift - offset);
   }
-  reportOffset(run, "CA", " %6.3f ppm referencing offset applied for 13Ca and 13Cb chemical shifts");
-  reportOffset(run, "HA", " %6.3f ppm referencing offset applied for 1Ha chemical shifts");
-  reportOffset(run, "C", " %6.3f ppm referencing offset applied for 13C' chemical shifts");
+  reportOffset(run, "CA", "13Ca and 13Cb");
+  reportOffset(run, "HA", "1Ha");
+  reportOffset(run, "C", "13C'");
 }
 
 void saveAdjustedTable(ORBEL& run) {
@@ -145,7 +144,7 @@ void saveAdjustedTable(ORBEL& run) {
   table.entries.clear();
   std::int32_t number = 0;
   for (const auto& [resid, row] : run.adjustedShiftTable.entries) {
-    if (text::toDouble(GDB::cell(row, "SHIFT")) < kMissingLimit) table.entries[++number] = row;
+    if (isPresent(text::toDouble(GDB::cell(row, "SHIFT")))) table.entries[++number] = row;
   }
   table.addRemark("ORBEL-N Protein Secondary Chemical Shift Table for " + run.inputTitle);
   for (const char* remark :
@@ -168,7 +167,7 @@ void ORBEL::getResInfo() {
   if (!noOxiCysCheck) markCysteines(*this);
   checkSequence(*this);
   narrowRange(*this);
-  fillAdjustedShifts(*this);
+  fillAdjustedShifts();
   if (isotopeOn) {
     adjustedShiftTable.addRemark(" Deuterium Isotope Shifts Correction Applied for 13Ca and 13Cb Nuclei");
   }

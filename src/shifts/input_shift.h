@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <optional>
 
-#include "driver/angles.h"
+#include "base/missing.h"
 #include "tables/GDB.h"
 
 /// SHIFT of an input row in ppm. None when the row stands for a missing shift: 999 or more, no number, or a
@@ -16,6 +16,6 @@ inline std::optional<double> inputShift(const GDB::Row& row) {
   const std::string& cell = GDB::cell(row, "SHIFT");
   char* end = nullptr;
   const double shift = std::strtod(cell.c_str(), &end);
-  if (end == cell.c_str() || !(shift > kSmallest && shift < kMissingLimit)) return std::nullopt;
+  if (end == cell.c_str() || !(shift > kSmallest && isPresent(shift))) return std::nullopt;
   return shift;
 }

@@ -3,8 +3,8 @@
 
 #include <algorithm>
 
-#include "driver/angles.h"
-#include "driver/processor.h"
+#include "base/missing.h"
+#include "base/processor.h"
 
 namespace {
 
@@ -20,7 +20,7 @@ ORBELN_ALWAYS_INLINE void addTerms(const ShiftTerms& terms, std::size_t rows, fl
   const double* __restrict x = terms.x;
   for (std::size_t row = 0; row < rows; ++row) {
     const double difference = x[row] - terms.y;
-    const double term = x[row] > kMissingLimit ? terms.missingCost : terms.weight * (difference * difference);
+    const double term = isBeyondLimit(x[row]) ? terms.missingCost : terms.weight * (difference * difference);
     sums[row] = static_cast<float>(static_cast<double>(sums[row]) + term);
   }
 }
@@ -65,9 +65,8 @@ std::vector<double> typeTerms(const std::vector<double>& homology, double scale)
 }  // namespace
 
 std::vector<float> tripletDistances(const TripletLibrary& library, const TripletQuery& query,
-                                    const std::array<std::array<double, 7>, 4>& ringWeights,
-                                    const std::array<double, 7>& atomWeights,
-                                    const std::array<double, 4>& ringScale) {
+                                    const std::array<AtomWeights, 4>& ringWeights,
+                                    const AtomWeights& atomWeights, const std::array<double, 4>& ringScale) {
   const auto rows = static_cast<std::size_t>(library.rows);
   std::vector<float> sums(rows, 0.0F);
   std::array<std::vector<double>, 3> types;
@@ -76,14 +75,14 @@ std::vector<float> tripletDistances(const TripletLibrary& library, const Triplet
     const std::size_t n = std::min(kBlock, rows - begin);
     float* const block = sums.data() + begin;
     for (std::size_t p = 0; p < 3; ++p) {
-      for (std::size_t atom = 0; atom < 6; ++atom) {
-        const auto y = static_cast<double>(query.shifts[p * 6 + atom]);
+      for (std::size_t atom = 0; atom < kAtoms; ++atom) {
+        const auto y = static_cast<double>(query.shifts[p * kAtoms + atom]);
         const double weight = ringWeights[p + 1][atom + 1];
         const double missingCost = weight * atomWeights[atom + 1];
-        if (y > kMissingLimit) {
+        if (isBeyondLimit(y)) {
           addConstant(missingCost, n, block);
         } else {
-          addShiftTerms({library.values[p * 6 + atom].data() + begin, y, weight, missingCost}, n, block);
+          addShiftTerms({library.values[p * kAtoms + atom].data() + begin, y, weight, missingCost}, n, block);
         }
       }
       addTypeTerms(library.nameIds[p].data() + begin, types[p], n, block);

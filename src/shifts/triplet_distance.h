@@ -8,7 +8,7 @@
 
 /// A query triplet as numbers.
 struct TripletQuery {
-  std::array<float, 18> shifts{};  ///< [(p - 1) * 6 + atom position - 1], ppm; above 999 = missing
+  std::array<float, 3 * kAtoms> shifts{};       ///< [(p - 1) * kAtoms + column], ppm; above 999 = missing
   std::array<std::vector<double>, 3> homology;  ///< [p - 1][library name id]: difference of residue types
 };
 
@@ -16,6 +16,5 @@ struct TripletQuery {
 /// squared residue-type differences, summed in the order p, atoms, type. Each term is formed in double
 /// precision, the running sum kept in single: part of the definition, since equal distances collapse.
 std::vector<float> tripletDistances(const TripletLibrary& library, const TripletQuery& query,
-                                    const std::array<std::array<double, 7>, 4>& ringWeights,
-                                    const std::array<double, 7>& atomWeights,
-                                    const std::array<double, 4>& ringScale);
+                                    const std::array<AtomWeights, 4>& ringWeights,
+                                    const AtomWeights& atomWeights, const std::array<double, 4>& ringScale);

@@ -4,7 +4,7 @@
 #include <functional>
 #include <string_view>
 
-#include "driver/maps.h"
+#include "base/maps.h"
 #include "tables/GDB.h"
 #include "tables/LineReader.h"
 #include "tables/short_decimal.h"
@@ -38,7 +38,7 @@ class LibraryRows : public RowSink {
     for (int p = 1; p <= 3; ++p) {
       names_[static_cast<std::size_t>(p - 1)] = valueOr(columns, tripletKey("RESNAME", p), kAbsent);
       for (const auto& [position, atom] : atomNames_) {
-        values_[static_cast<std::size_t>((p - 1) * 6 + position - 1)] =
+        values_[static_cast<std::size_t>((p - 1) * static_cast<int>(kAtoms) + position - 1)] =
             valueOr(columns, tripletKey(atom, p), kAbsent);
       }
     }
@@ -48,7 +48,7 @@ class LibraryRows : public RowSink {
     for (std::size_t i = 0; i < values_.size(); ++i) {
       const double value = values_[i] == kAbsent ? 0.0 : cellNumber(cells[values_[i]]);
       triplets.values[i].push_back(value);
-      if (i / 6 == 1) triplets.centre[i % 6].push_back(value);
+      if (i / kAtoms == 1) triplets.centre[i % kAtoms].push_back(value);
     }
     for (std::size_t p = 0; p < names_.size(); ++p)
       triplets.nameIds[p].push_back(idOf(cell(cells, names_[p])));
@@ -74,7 +74,7 @@ class LibraryRows : public RowSink {
   }
 
   const std::map<int, std::string>& atomNames_;
-  std::array<std::size_t, 18> values_{};  // columns
+  std::array<std::size_t, 3 * kAtoms> values_{};  // columns
   std::array<std::size_t, 3> names_{};
   std::size_t source_ = kAbsent;
   std::map<std::string, int, std::less<>> ids_;

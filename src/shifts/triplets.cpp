@@ -2,11 +2,13 @@
 #include <algorithm>
 #include <array>
 
+#include "base/atoms.h"
+#include "base/maps.h"
+#include "base/missing.h"
 #include "driver/ORBEL.h"
-#include "driver/angles.h"
-#include "driver/maps.h"
 #include "shifts/triplet_distance.h"
 #include "shifts/triplet_image.h"
+#include "tables/output_text.h"
 #include "tables/text.h"
 
 /// Reads orbel_obsCS.tab; rows of an excluded source keep their centre shifts but match nothing.
@@ -22,10 +24,12 @@ void ORBEL::loadTripletLibrary() {
 namespace {
 
 /// SHIFT of the adjusted row of residue and atom, 0 outside the range. The rows of the range stand in order,
-/// six per residue, so the place tells which they are, whatever their name (an amide proton may be named H).
+/// one per atom of each residue, so the place tells which they are, whatever their name (an amide proton may
+/// be named H).
 double adjustedShift(const ORBEL& run, int resid, int position) {
   if (resid < run.firstResidOption || resid > run.lastResidOption) return 0.0;
-  const auto row = run.adjustedShiftTable.entries.find((resid - run.firstResidOption) * 6 + position);
+  const auto row = run.adjustedShiftTable.entries.find(
+      (resid - run.firstResidOption) * static_cast<int>(kAtoms) + position);
   return row == run.adjustedShiftTable.entries.end() ? 0.0 : text::toDouble(GDB::cell(row->second, "SHIFT"));
 }
 
@@ -41,7 +45,7 @@ Triplet ORBEL::getTriplet(int resid) const {
     for (const auto& [position, atom] : atomNames) {
       double shift = adjustedShift(*this, q, position);
       if (clipOn) shift = clipSShift(q, shift, atom);
-      if (noProton && (atom == "HA" || atom == "HN")) shift = kMissingValue;
+      if (noProton && isProton(atom)) shift = kMissingValue;
       triplet[tripletKey(atom, p)] = cellText(shift);
     }
   }
@@ -67,7 +71,7 @@ TripletQuery makeQuery(const ORBEL& run, const Triplet& triplet) {
   for (int p = 1; p <= 3; ++p) {
     const auto i = static_cast<std::size_t>(p - 1);
     for (const auto& [position, atom] : run.atomNames) {
-      query.shifts[i * 6 + static_cast<std::size_t>(position - 1)] =
+      query.shifts[i * kAtoms + static_cast<std::size_t>(position - 1)] =
           static_cast<float>(text::toDouble(valueOr(triplet, tripletKey(atom, p))));
     }
     const auto* row = findValue(run.homologyByName, valueOr(triplet, tripletKey("RESNAME", p)));
@@ -85,7 +89,7 @@ struct Nearest {
 
 /// The at most `count` smallest distinct distances below the limit, ascending, each with its last row.
 std::vector<Nearest> nearestRows(const std::vector<float>& distances, std::size_t count) {
-  constexpr float kLargestDistance = 200.0F;
+  constexpr float kLargestDistance = 200.0F;  // given
   std::vector<Nearest> nearest;
   float limit = kLargestDistance;  // exclusive until the list is full, then its largest distance, inclusive
   for (std::size_t row = 0; row < distances.size(); ++row) {
@@ -117,13 +121,13 @@ bool ORBEL::calcAverageCS_orig(int resid, std::map<std::string, double>& average
   const std::vector<float> distances =
       tripletDistances(*tripletLibrary, query, ringWeights, atomWeights, ringScale);
 
-  std::array<double, 6> sums{};
-  std::array<int, 6> counts{};
+  ShiftRow sums{};
+  std::array<int, kAtoms> counts{};
   for (const auto& [distance, row] :
        nearestRows(distances, static_cast<std::size_t>(std::max(topCount, 0)))) {
-    for (std::size_t atom = 0; atom < 6; ++atom) {
+    for (std::size_t atom = 0; atom < kAtoms; ++atom) {
       const double shift = tripletLibrary->centre[atom][static_cast<std::size_t>(row)];
-      if (!(shift < kMissingLimit)) continue;
+      if (!isPresent(shift)) continue;
       sums[atom] += shift;
       ++counts[atom];
     }

@@ -6,13 +6,18 @@
 #include <string>
 #include <vector>
 
+#include "base/atoms.h"
 #include "tables/TableImage.h"
+
+/// Entries that the program makes room for, given.
+inline constexpr std::int32_t kDatabaseCapacity = 2330110;
 
 /// Read-only database in flat arrays of fixed capacity; only the pages that are filled cost memory.
 class DB {
  public:
-  static constexpr int kShiftsPerEntry = 12;  ///< six (value, scale) pairs: N HA C CA CB HN
-  static constexpr int kAnglesPerEntry = 3;   ///< phi, psi, chi1 in degrees
+  static constexpr int kShiftsPerEntry =
+      2 * static_cast<int>(kAtoms);          ///< (value, scale) pairs in kAtomOrder
+  static constexpr int kAnglesPerEntry = 3;  ///< phi, psi, chi1 in degrees
 
   /// A run of entries with one source name.
   struct Source {

@@ -35,6 +35,14 @@ GDB::GDB(const std::string& file) {
   loadGDB(file);
 }
 
+void GDB::loadGDB(const std::string& file) {
+  if (const auto error = read(file)) endWith('\t' + error->what);
+}
+
+void GDB::loadGDB(const std::string& file, RowSink& rows) {
+  if (const auto error = read(file, rows)) endWith('\t' + error->what);
+}
+
 void GDB::VARS_str_parser(std::string_view text) {
   varNames.clear();
   entries.clear();
@@ -45,16 +53,21 @@ void GDB::VARS_str_parser(std::string_view text) {
   }
 }
 
-void GDB::FORMAT_str_parser(std::string_view text) {
+std::string GDB::defineFormats(std::string_view text) {
   varFormats.clear();
   entries.clear();
-  if (varCount <= 0) return;
+  if (varCount <= 0) return {};
   std::int32_t column = 0;
   for (std::string& piece : formatPieces(text, static_cast<std::size_t>(varCount))) {
-    if (!text::checkFormat(piece)) endWith("\tBad format syntax '" + piece + "'");
+    if (!text::checkFormat(piece)) return "Bad format syntax '" + piece + "'";
     varFormats.emplace_hint(varFormats.end(), column, std::move(piece));
     ++column;
   }
+  return {};
+}
+
+void GDB::FORMAT_str_parser(std::string_view text) {
+  if (const std::string fault = defineFormats(text); !fault.empty()) endWith('\t' + fault);
 }
 
 void GDB::addVAR(const std::string& name, const std::string& format) {

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <list>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -20,6 +21,15 @@ class RowSink {
   virtual void add(const std::vector<std::string_view>& cells) = 0;
 };
 
+/// Why a table file could not be read.
+struct TableError {
+  std::string file;
+  std::int64_t line = 0;  ///< from 1; 0 when the file cannot be opened
+  std::string what;
+
+  std::string text() const { return file + (line > 0 ? ":" + std::to_string(line) : "") + ": " + what; }
+};
+
 /// A table in memory. Every cell is text; numbers are converted when a table is written or a stage reads
 /// them. Rows are numbered by the caller or, when read from a file, from 1.
 class GDB {
@@ -29,18 +39,22 @@ class GDB {
   GDB() = default;
   explicit GDB(const std::string& file);
 
-  /// Reads `file` into a freshly constructed table. Ends the process (exit status 0) with a message when the
-  /// file cannot be opened or a field format is invalid.
-  void loadGDB(const std::string& file);
+  /// Reads `file` into a freshly constructed table; the reason when it cannot be opened or a field format is
+  /// invalid.
+  [[nodiscard]] std::optional<TableError> read(const std::string& file);
   /// The same, but the rows go to `rows` and `entries` stays empty.
+  [[nodiscard]] std::optional<TableError> read(const std::string& file, RowSink& rows);
+  /// The readings of the core, where such a table ends the process (exit status 0) with a message.
+  void loadGDB(const std::string& file);
   void loadGDB(const std::string& file, RowSink& rows);
   /// The canonical layout.
   std::string toText() const;
   /// Writes it; a file that cannot be opened or written whole is reported. False for the latter only.
   bool saveGDB(const std::string& file) const;
 
-  void VARS_str_parser(std::string_view text);    ///< defines the columns; drops all rows
-  void FORMAT_str_parser(std::string_view text);  ///< defines the field formats; drops all rows
+  void VARS_str_parser(std::string_view text);  ///< defines the columns; drops all rows
+  /// Defines the field formats; drops all rows. Ends the process (exit status 0) when one is invalid.
+  void FORMAT_str_parser(std::string_view text);
   void addVAR(const std::string& name, const std::string& format);
   /// Sets one cell, creating the row; ends the process (exit status 0) for an undeclared column.
   void setEntry(std::int32_t row, const std::string& name, std::string_view value);
@@ -78,5 +92,7 @@ class GDB {
   std::map<std::int32_t, Row> entries;             ///< row number -> row
 
  private:
+  std::string defineFormats(std::string_view text);  ///< what is wrong with the first invalid one
+
   std::int32_t lastSet = -1;  // column of the last setEntry
 };

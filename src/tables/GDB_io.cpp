@@ -1,5 +1,4 @@
 // Reading and writing of the text table.
-#include <cstdlib>
 #include <iostream>
 
 #include "tables/FieldFormat.h"
@@ -43,11 +42,6 @@ void readVarsLine(GDB& table, std::string_view line) {
   const std::string simplified = text::simplifyWhiteSpace(line);
   table.varsLine = text::simplifyWhiteSpace(tailFrom(simplified, kVarsKeyword));
   table.VARS_str_parser(table.varsLine);
-}
-
-void readFormatLine(GDB& table, std::string_view line) {
-  table.formatLine = tailFrom(line, kFormatKeyword);
-  table.FORMAT_str_parser(table.formatLine);
 }
 
 /// Residue numbering and sequence from the DATA lines.
@@ -100,18 +94,15 @@ void appendRows(std::string& out, const GDB& table) {
 
 }  // namespace
 
-void GDB::loadGDB(const std::string& file) {
+std::optional<TableError> GDB::read(const std::string& file) {
   EntrySink rows(entries);
-  loadGDB(file, rows);
+  return read(file, rows);
 }
 
-void GDB::loadGDB(const std::string& file, RowSink& rows) {
+std::optional<TableError> GDB::read(const std::string& file, RowSink& rows) {
   fileName = file;
   LineReader reader(file);
-  if (!reader.isOpen()) {
-    std::cerr << "\tCan't open file " << file << " for reading" << std::endl;
-    std::exit(0);
-  }
+  if (!reader.isOpen()) return TableError{file, 0, "Can't open file " + file + " for reading"};
   bool formatSeen = false;
   std::vector<std::string_view> tokens;
   std::string_view line;
@@ -134,7 +125,10 @@ void GDB::loadGDB(const std::string& file, RowSink& rows) {
         rows.redefine(varNames);
         break;
       case LineKind::Format:
-        readFormatLine(*this, line);
+        formatLine = tailFrom(line, kFormatKeyword);
+        if (std::string fault = defineFormats(formatLine); !fault.empty()) {
+          return TableError{file, reader.lineNumber(), std::move(fault)};
+        }
         rows.redefine(varNames);
         formatSeen = true;
         break;
@@ -143,6 +137,7 @@ void GDB::loadGDB(const std::string& file, RowSink& rows) {
     }
   }
   readSequence(*this);
+  return std::nullopt;
 }
 
 std::string GDB::toText() const {

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <iostream>
 
+#include "base/residues.h"
 #include "tables/LineReader.h"
 #include "tables/text.h"
 
@@ -59,10 +60,6 @@ double dot(const Vector& a, const Vector& b) {
 
 std::int32_t shifted(std::int32_t resid, std::int32_t by) {
   return static_cast<std::int32_t>(static_cast<std::uint32_t>(resid) + static_cast<std::uint32_t>(by));
-}
-
-bool isCysteine(const std::string& code) {
-  return code == "C" || code == "c";
 }
 
 /// Fourth atom of the chi1 torsion; empty for residues without one.
@@ -180,6 +177,10 @@ float PDB::getDihedralAngle(const CORdata& a, const CORdata& b, const CORdata& c
   const float angle = arccos_(cosine);
   const float sign = static_cast<float>(dot(cross(n1, n2), v)) >= 0.0F ? 1.0F : -1.0F;
   return static_cast<float>(static_cast<double>(angle * sign) * 57.29577951);
+}
+
+std::string PDB::getOneAAName(std::string_view name) {
+  return {oneLetterCode(name)};
 }
 
 float PDB::arccos_(float x) {

@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <string_view>
 
+#include "base/atoms.h"
+
 /// The initial values are those of fields that a line lacks.
 struct DatabaseRecord {
   static constexpr float kNoAngle = 9999.0F;
@@ -13,7 +15,7 @@ struct DatabaseRecord {
   char resName = 'X';
   std::uint32_t resid = 0, boxClass = 0;
   std::array<float, 3> angles{kNoAngle, kNoAngle, kNoAngle};
-  std::array<float, 12> shifts{};
+  std::array<float, 2 * kAtoms> shifts{};
 
   /// Reads a line as the formatted scan "%s %c %u %f %f %f %u" and twelve "%f" would; false when a field is
   /// missing or does not convert. Values that are not finite count as missing. `previousSource`, the name in

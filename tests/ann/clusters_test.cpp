@@ -1,7 +1,7 @@
 // Clustering of box distributions and the prior of the boxes.
 #include <gtest/gtest.h>
 
-#include "ann/box_prior.h"
+#include "base/box_prior.h"
 #include "driver/ORBEL.h"
 
 namespace {

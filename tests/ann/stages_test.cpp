@@ -1,7 +1,7 @@
 // The phi/psi and secondary structure stages on the synthetic networks, whose outputs are known numbers.
 #include <gtest/gtest.h>
 
-#include "ann/box_prior.h"
+#include "base/box_prior.h"
 #include "driver/ORBEL.h"
 #include "support/capture.h"
 #include "support/output_table.h"

@@ -3,9 +3,9 @@
 
 #include <cstdlib>
 
+#include "base/maps.h"
 #include "driver/ORBEL.h"
 #include "driver/command_line.h"
-#include "driver/maps.h"
 #include "support/capture.h"
 
 namespace {
@@ -14,7 +14,7 @@ CommandLine parse(const ORBEL& run, std::vector<std::string> words) {
   words.insert(words.begin(), "orbeln");
   std::vector<char*> argv;
   for (std::string& word : words) argv.push_back(word.data());
-  return parseCommandLine(static_cast<int>(argv.size()), argv.data(), run);
+  return parseCommandLine(static_cast<int>(argv.size()), argv.data(), run.acceptedOptions);
 }
 
 void configure(ORBEL& run, const std::vector<std::string>& words) {

@@ -3,8 +3,8 @@
 
 #include <cmath>
 
+#include "base/maps.h"
 #include "driver/ORBEL.h"
-#include "driver/maps.h"
 #include "support/process.h"
 
 namespace {
@@ -37,13 +37,15 @@ TEST(SearchPrior, WeightsPenaltiesAndAmbiguity) {
   add(3, clusters(2, 1), 0.59);
   add(4, clusters(2, leftHanded), 0.64);
   add(5, clusters(2, leftHanded - 1), 0.64);
+  add(8, clusters(2, 9 * 18 + 15), 0.64);  // the last psi box of the stricter cut, and the one behind it
+  add(9, clusters(2, 9 * 18 + 16), 0.64);
   add(6, clusters(2, 1), std::nan(""));
   ClusterData flat = clusters(0, 1);
   flat.mean = 0.0;
   add(7, flat, 0.0);
   run.buildSearchPrior();
   EXPECT_TRUE(run.reportClipping);
-  for (const int resid : {1, 2, 5, 6}) {
+  for (const int resid : {1, 2, 5, 6, 9}) {
     const auto& prior = run.searchPrior.at(resid);
     ASSERT_EQ(prior.size(), 324U) << resid;
     EXPECT_DOUBLE_EQ(prior.at(1), 0.98);
@@ -52,6 +54,7 @@ TEST(SearchPrior, WeightsPenaltiesAndAmbiguity) {
   }
   EXPECT_TRUE(run.searchPrior.at(3).empty());
   EXPECT_TRUE(run.searchPrior.at(4).empty());
+  EXPECT_TRUE(run.searchPrior.at(8).empty());
   EXPECT_DOUBLE_EQ(run.searchPrior.at(7).at(3), 0.0);
 }
 

@@ -4,8 +4,8 @@
 #include <cmath>
 #include <map>
 
+#include "base/maps.h"
 #include "driver/ORBEL.h"
-#include "driver/maps.h"
 
 namespace search_test {
 

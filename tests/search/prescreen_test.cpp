@@ -7,7 +7,7 @@
 #include <iterator>
 #include <random>
 
-#include "driver/maps.h"
+#include "base/maps.h"
 #include "search/plain_prescreen.h"
 #include "search/search_fixture.h"
 
@@ -18,8 +18,10 @@ using search_test::Lists;
 
 /// Compares the kernel's lists of residue 10 with the plain ones, which it returns.
 Lists expectPlainLists(const ORBEL& run, const std::string& what) {
-  Prescreen kernel(run, 10);
-  kernel.scan(*run.fragmentDatabase, ScreenIndex(run));
+  const DB& db = *run.fragmentDatabase;
+  Prescreen kernel(
+      {10, fragmentHalfWidth(run.alignLength), run.residueCode, run.searchPrior, run.blosumMatrix});
+  kernel.scan(db, ScreenIndex(db, run.sourceRanges()));
   const Lists expected = search_test::plainScreen(run, 10);
   EXPECT_EQ(kernel.matches, expected.matches) << what;
   EXPECT_EQ(kernel.sameType, expected.sameType) << what;

@@ -111,7 +111,10 @@ TEST(TripletAverage, TakesTheNearestOfDistinctDistances) {
   ASSERT_TRUE(run->calcAverageCS_orig(3, averaged));
   EXPECT_DOUBLE_EQ(averaged.at("CA"), (0.5 + 3.0 + 4.0) / 3);
   averaged.clear();
-  ASSERT_TRUE(makeTripletRun({60.0, 70.0})->calcAverageCS_orig(3, averaged));  // a far library gives zeros
+  ASSERT_TRUE(makeTripletRun({15.1, 15.2})->calcAverageCS_orig(3, averaged));
+  EXPECT_DOUBLE_EQ(averaged.at("CA"), 15.1);  // distances 198.8 and 201.6, the limit is 200
+  averaged.clear();
+  ASSERT_TRUE(makeTripletRun({15.2, 70.0})->calcAverageCS_orig(3, averaged));  // a far library gives zeros
   EXPECT_DOUBLE_EQ(averaged.at("CA"), 0.0);
   EXPECT_EQ(averaged.size(), 6U);
 }

@@ -112,6 +112,14 @@ TEST_F(GDBTest, EndsTheProcessWithStatusZero) {
   EXPECT_EXIT(table.setEntry(1, "C", "x"), ExitedWithCode(0), "^\tInvalid varible name 'C'\n$");
 }
 
+TEST_F(GDBTest, TellsWhyAFileCannotBeRead) {
+  EXPECT_EQ(GDB().read(path("none")).value().text(),
+            path("none") + ": Can't open file " + path("none") + " for reading");
+  const std::string bad = file("REMARK\nVARS A B\nFORMAT %d  %5x\n");
+  EXPECT_EQ(GDB().read(bad).value().text(), bad + ":3: Bad format syntax '%5x'");
+  EXPECT_FALSE(GDB().read(file("VARS A\nFORMAT %d\n1\n")));
+}
+
 TEST_F(GDBTest, AddsColumns) {
   GDB table;
   table.VARS_str_parser(" A   B ");

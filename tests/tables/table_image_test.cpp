@@ -11,6 +11,7 @@
 #include <thread>
 
 #include "ann/weight_image.h"
+#include "driver/ORBEL.h"
 #include "search/database_image.h"
 #include "shifts/triplet_image.h"
 #include "support/process.h"
@@ -238,7 +239,7 @@ TEST(ImageParts, ForgedPartsNeverLeadOutside) {
     DB& db = *run.fragmentDatabase;
     if (!decodeDatabase(table, db)) return;
     run.buildSourceIndex();
-    const ScreenIndex index(run);
+    const ScreenIndex index(db, run.sourceRanges());
     for (const int i : {0, 1, 2, db.entryCount / 2, db.entryCount - 3, db.entryCount - 1}) {
       const int reach = ScreenIndex::reach(index.keys[static_cast<std::size_t>(i)]);
       EXPECT_TRUE(i - reach >= 0 && i + reach < db.entryCount);

@@ -99,4 +99,31 @@ TEST(ConvertNef, ChainsLinksAndBreaks) {
   EXPECT_EQ(gap.rows().back(), "10 A CA 52.5");
 }
 
+TEST(ConvertNef, OtherVersionsAndShiftsAlone) {
+  const Converted old =
+      convertString(replaced(replaced(kFile, "residue_name", "residue_type"), "1.1", "0.20"));
+  EXPECT_EQ(old.rows(), convertString(kFile).rows()) << old.report();
+  const std::string shifts = "data_x\n" + kFile.substr(kFile.find("save_nef_chemical_shift_list_main"));
+  const Converted alone = convertString(shifts);
+  EXPECT_EQ(alone.rows(), convertString(kFile).rows()) << alone.report();
+  EXPECT_EQ(alone.conversion.sequence, "GCA");
+  const Converted sequence = convertString(kFile.substr(0, kFile.find("save_nef_chemical_shift_list_main")),
+                                           with(&convert::Settings::chain, "A"));
+  EXPECT_TRUE(sequence.ok) << sequence.report();
+  EXPECT_EQ(sequence.conversion.sequence, "GCA");
+  EXPECT_NE(sequence.report().find("no shifts"), std::string::npos);
+}
+
+// Numbers that leave out a thousand residues again and again: no table of millions of residues.
+TEST(ConvertNef, ManyBreaksStaySmall) {
+  std::string rows;
+  for (int i = 0; i < 300; ++i) rows += "1 A " + std::to_string(1 + 1000 * i) + " ALA break .\n";
+  const std::size_t from = kFile.find("1 A 5 GLY"), to = kFile.find("stop_");
+  const Converted result =
+      convertString(replaced(kFile.substr(0, from) + rows + kFile.substr(to), "A 7 ALA", "A 1 ALA"));
+  ASSERT_TRUE(result.ok) << result.report();
+  EXPECT_EQ(result.conversion.sequence.size(), 300u + 299u * 10u);
+  EXPECT_LE(result.log.count(tools::Severity::Warning), 2u) << "one word for all of them";
+}
+
 }  // namespace

@@ -1,6 +1,8 @@
 // NMR-STAR 3.x and 2.1: sequences, chains, lists and the syntax they are written in.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "convert_support.h"
 
 namespace {
@@ -54,6 +56,10 @@ stop_
 save_
 )";
 
+bool has(const std::vector<std::string>& lines, const std::string& wanted) {
+  return std::find(lines.begin(), lines.end(), wanted) != lines.end();
+}
+
 const std::vector<std::string> kRows = {"101 G HA2 3.91", "101 G HA3 4.02", "102 A HN 8.25",
                                         "102 A CA 52.40", "104 L CA 55.1",  "105 K C 176.512"};
 
@@ -85,6 +91,14 @@ TEST(ConvertNmrStar, SameResultHoweverItIsWritten) {
       {"quoted names", replaced(replaced(kEntry, "GLY HA2", "\"GLY\" 'HA2'"), "LYS C C", "LYS 'C' C")},
       {"no stop_", replaced(kEntry, "stop_\n", "")},
       {"keywords in capitals", replaced(replaced(kEntry, "loop_", "LOOP_"), "save_", "SAVE_")},
+      {"one line", replaced(replaced(replaced(kEntry, "\n;\nGAXLK\n;\n", " . "), "\n", " "), "  ", " ")},
+      {"tags of version 3.0", replaced(replaced(replaced(kEntry, "shift.Val", "shift.Chem_shift_val"),
+                                                "shift.Auth_seq_ID", "shift.Author_seq_code"),
+                                       "shift.Ambiguity_code", "shift.Chem_shift_ambiguity_code")},
+      {"a title that looks like another format",
+       replaced(kEntry, "_Entry.ID 77001",
+                "_Entry.ID 77001\n_Entry.Title\n;\n_nef_sequence.x\n_atom_site.id\n;")},
+      {"remarks in front", "exported by a program\n\n" + kEntry},
       {"no end of the last line", kEntry.substr(0, kEntry.size() - 1)},
       {"text with keywords", replaced(kEntry, "GAXLK", "GAXLK\nloop_\n_Tag 'open")}};
   for (const auto& [name, text] : variants) {
@@ -129,14 +143,90 @@ TEST(ConvertNmrStar, BareShiftLoopWithUnknownColumns) {
   EXPECT_EQ(result.conversion.firstResid, -1);
 }
 
-TEST(ConvertNmrStar, AuthorNumbersThatDoNotRiseByOneAreMapped) {
-  const std::string text = replaced(replaced(kEntry, "1 102", "1 101A"), "1 104", "1 150");
-  const Converted result = convertString(text);
-  ASSERT_TRUE(result.ok) << result.report();
-  EXPECT_EQ(result.conversion.firstResid, 1);
-  EXPECT_EQ(result.rows().front(), "1 G HA2 3.91");
-  EXPECT_NE(result.report().find("101A = 2"), std::string::npos) << result.report();
-  EXPECT_EQ(convertString(text, with(&convert::Settings::firstResid, "-3")).rows().front(), "-3 G HA2 3.91");
+// 101 102 103 104 105 with some of them changed: what becomes of the sequence, and whose number is whose.
+TEST(ConvertNmrStar, GapsAreFilledAndNumbersThatCannotBeKeptAreMapped) {
+  const auto numbered = [](const std::string& ala, const std::string& leu, const std::string& lys) {
+    const std::string text =
+        replaced(replaced(kEntry, " 102\n", " " + ala + "\n"), " 104\n", " " + leu + "\n");
+    return replaced(text, " 105\n", " " + lys + "\n");
+  };
+  const std::string ten(10, 'X');
+  const struct {
+    const char* name;
+    std::string text, sequence;
+    int first;
+    std::string last, number;
+  } cases[] = {
+      {"gap", numbered("102", "107", "108"), "GAXXXXLK", 101, "108 K C 176.512", ""},
+      {"gap too long", numbered("102", "304", "305"), "GAX" + ten + "LK", 1, "15 K C 176.512", "15 305"},
+      {"insertion code", numbered("101A", "104", "105"), "GAXLK", 1, "5 K C 176.512", "2 101A"},
+      {"falling", numbered("102", "104", "99"), "GAXLK", 1, "5 K C 176.512", "5 99"}};
+  for (const auto& c : cases) {
+    const Converted result = convertString(c.text);
+    ASSERT_TRUE(result.ok) << c.name << result.report();
+    EXPECT_EQ(result.conversion.sequence, c.sequence) << c.name;
+    EXPECT_EQ(result.conversion.firstResid, c.first) << c.name;
+    EXPECT_EQ(result.rows().back(), c.last) << c.name;
+    EXPECT_EQ(result.log.count(tools::Severity::Warning) > 1, true) << c.name << result.report();
+    EXPECT_EQ(has(result.conversion.marks, "NUMBER " + c.number), !c.number.empty()) << c.name;
+    EXPECT_FALSE(convertString(c.text, with(&convert::Settings::strict, true)).ok) << c.name;
+  }
+  EXPECT_EQ(convertString(cases[2].text, with(&convert::Settings::firstResid, "-3")).rows().front(),
+            "-3 G HA2 3.91");
+}
+
+// Rows of two chains, a heme, a nucleotide and an unknown amino acid, with no molecule described.
+TEST(ConvertNmrStar, OnlyTheProteinChainOfBareRowsMakesTheSequence) {
+  const auto bare = [](const std::string& rows) {
+    std::string text = "loop_";
+    for (const char* tag :
+         {"Entity_assembly_ID", "Auth_asym_ID", "Comp_index_ID", "Comp_ID", "Atom_ID", "Val"})
+      text += std::string("\n_Atom_chem_shift.") + tag;
+    return text + "\n" + rows;
+  };
+  const std::string protein = "1 A 4 MET CA 55.3\n2 A 4 MET HA 4.4\n1 A 5 LEU CA 54.4\n1 A 7 LYS CA 56.1\n";
+  const std::string others =
+      "1 A 6 XYZ CA 58.0\n1 A 6 XYZ N 120.0\n1 A 201 HEM HMA 3.1\n1 A 201 HEM CAA 20.1\n1 A 202 CA CA 50.0\n"
+      "1 A 4 G H1' 5.9\n1 A 9 DA H8 8.1\n";
+  const Converted one = convertString(bare(protein + others));
+  ASSERT_TRUE(one.ok) << one.report();
+  EXPECT_EQ(one.conversion.sequence, "MLXK");
+  EXPECT_EQ(one.rows(),
+            (std::vector<std::string>{"4 M HA 4.4", "4 M CA 55.3", "5 L CA 54.4", "7 K CA 56.1"}));
+  EXPECT_NE(
+      one.report().find("5 shifts of molecules that are no part of a protein chain: HEM 2, CA 1, G 1, DA 1"),
+      std::string::npos)
+      << one.report();
+  EXPECT_TRUE(has(one.conversion.marks, "NAME 6 XYZ") && has(one.conversion.marks, "CHAIN A"));
+
+  const std::string two = bare(protein + others + "1 B 4 MET CA 55.9\n");
+  EXPECT_TRUE(convertString(two).ambiguous);
+  EXPECT_EQ(convertString(two, with(&convert::Settings::chain, "B")).rows(),
+            (std::vector<std::string>{"4 M CA 55.9"}));
+  // One letter for both subunits: an atom that both have tells them apart.
+  const std::string shared = bare(protein + "2 A 4 MET CA 55.9\n");
+  EXPECT_EQ(convertString(shared, with(&convert::Settings::chain, "2")).rows(),
+            (std::vector<std::string>{"4 M HA 4.4", "4 M CA 55.9"}));
+}
+
+TEST(ConvertNmrStar, ModifiedResiduesKeepTheirName) {
+  const struct {
+    const char* name;
+    char code, parent;  // by default, and with --modified-as-parent
+    bool shiftKept, marked;
+  } cases[] = {{"MSE", 'X', 'M', true, true},  {"SEP", 'X', 'S', false, true}, {"HIP", 'H', 'H', true, true},
+               {"CYX", 'c', 'c', true, true},  {"CME", 'X', 'c', true, true},  {"PHF", 'X', 'F', true, true},
+               {"QQQ", 'X', 'X', false, true}, {"SER", 'S', 'S', true, false}};
+  for (const auto& c : cases) {
+    const std::string text = replaced(kEntry, "SEP", c.name);
+    const Converted plain = convertString(text);
+    const Converted parent = convertString(text, with(&convert::Settings::modifiedAsParent, true));
+    EXPECT_EQ(plain.conversion.sequence, std::string("GA") + c.code + "LK") << c.name << plain.report();
+    EXPECT_EQ(parent.conversion.sequence, std::string("GA") + c.parent + "LK") << c.name;
+    const std::string row = std::string("103 ") + c.parent + " CA 58.1";
+    EXPECT_EQ(has(parent.rows(), row), c.shiftKept) << c.name << parent.report();
+    EXPECT_EQ(has(plain.conversion.marks, std::string("NAME 103 ") + c.name), c.marked) << c.name;
+  }
 }
 
 // Two copies of the protein in the assembly, shifts for the first one; then for both.
@@ -164,12 +254,35 @@ TEST(ConvertNmrStar, ChainsAndListsAreChosenWhenItMatters) {
         << name;
   }
 
+  // Subunits that are numbered in the rows and listed nowhere.
+  const std::string numbered = replaced(replaced(kEntry, "9 1 5 LYS", "9 2 5 LYS"), "shift.ID ",
+                                        "shift.ID _Atom_chem_shift.Entity_ID ");
+  std::string unlisted = replaced(numbered, "\n9 2 5", "\n9 1 2 5");
+  for (char id = '1'; id <= '8'; ++id) {
+    const std::string row = std::string("\n") + id + " 1 ";
+    unlisted = replaced(unlisted, row, row + "1 ");
+  }
+  EXPECT_EQ(convertString(unlisted, with(&convert::Settings::chain, "2")).rows(),
+            (std::vector<std::string>{"105 K C 176.512"}))
+      << convertString(unlisted).report();
+
   std::string second = kEntry.substr(kEntry.find("save_shifts_1"));
   second = replaced(replaced(second, "save_shifts_1", "save_reduced"), "shift_list.ID 1", "shift_list.ID 2");
   const std::string twoLists = kEntry + replaced(second, "52.40", "52.90");
   EXPECT_TRUE(convertString(twoLists).ambiguous);
   EXPECT_NE(convertString(twoLists).error().text.find("2 (reduced"), std::string::npos);
   EXPECT_EQ(convertString(twoLists, with(&convert::Settings::list, "reduced")).rows()[3], "102 A CA 52.90");
+  // The save frame is the key: one number for both, in one block or in two, merges nothing.
+  const std::string sameNumber = replaced(twoLists, "shift_list.ID 2", "shift_list.ID 1");
+  const std::string twoBlocks =
+      replaced(replaced(sameNumber, "save_reduced", "data_2\nsave_shifts_1"), "reduced", "");
+  for (const auto& [text, name] : {std::pair(sameNumber, "reduced"), std::pair(twoBlocks, "2:shifts_1")}) {
+    EXPECT_TRUE(convertString(text).ambiguous) << name;
+    EXPECT_TRUE(convertString(text, with(&convert::Settings::list, "1")).ambiguous) << "both have the number";
+    const Converted chosen = convertString(text, with(&convert::Settings::list, name));
+    EXPECT_EQ(chosen.rows().size(), kRows.size()) << chosen.report();
+    EXPECT_TRUE(has(chosen.rows(), "102 A CA 52.90")) << name;
+  }
 }
 
 TEST(ConvertNmrStar, OptionsForDoubtfulRows) {

@@ -99,11 +99,11 @@ TEST(ReportSummary, UnusualShiftsStandOutFromTheirNucleus) {
   for (int k = 0; k < 30; ++k) {
     Residue r;
     r.resid = k;
-    r.shifts[3] = 1.0 + 0.1 * (k % 5);
-    if (k < 9) r.shifts[4] = k == 0 ? 50.0 : 0.1 * k;  // too few values to judge
+    r.secondaryShifts[3] = 1.0 + 0.1 * (k % 5);
+    if (k < 9) r.secondaryShifts[4] = k == 0 ? 50.0 : 0.1 * k;  // too few values to judge
     data.residues.push_back(r);
   }
-  data.residues[7].shifts[3] = -4.0;
+  data.residues[7].secondaryShifts[3] = -4.0;
   const auto found = report::unusualShifts(data);
   ASSERT_EQ(found.size(), 1U);
   EXPECT_EQ(found[0].resid, 7);

@@ -161,8 +161,12 @@ TEST_F(ReportProgram, TsvRowsFitTheHeader) {
   const struct {
     std::size_t row;
     const char *column, *value;
-  } cells[] = {{2, "psi", "150.250"},          {2, "shift_HN", "0.512"}, {3, "chi1_torsion", "58.0"},
-               {3, "cluster1_share", "0.800"}, {1, "phi", ""},           {5, "ref_chi1", ""}};
+  } cells[] = {{2, "psi", "150.250"},
+               {2, "secondary_shift_HN", "0.512"},
+               {3, "chi1_torsion", "58.0"},
+               {3, "cluster1_share", "0.800"},
+               {1, "phi", ""},
+               {5, "ref_chi1", ""}};
   for (const auto& c : cells) {
     const auto column = std::find(rows[0].begin(), rows[0].end(), c.column) - rows[0].begin();
     EXPECT_EQ(rows[c.row].at(static_cast<std::size_t>(column)), c.value) << c.column;
@@ -236,14 +240,28 @@ std::string zigzag(int residues) {
 
 TEST_F(ReportProgram, ReferenceStructureIsShownAndCompared) {
   write("ref.pdb", zigzag(5));
-  ASSERT_EQ(run({"-o", "-", "--ref", (dir / "ref.pdb").string()}), 0) << err.str();
-  expectParts({"Against the reference ref.pdb, 1 of 2 reliable residues lie within 30°", "class=\"ref\""});
+  std::string table = support::readFile(dir / "pred.tab");
+  for (const char* className : {"Generous", "Bad"}) {  // what the run called it changes no figure
+    write("pred.tab", table.replace(table.find("Generous"), 8, className));
+    ASSERT_EQ(run({"-o", "-", "--ref", (dir / "ref.pdb").string()}), 0) << err.str();
+    expectParts({"Against the reference ref.pdb, 1 of 2 reliable residues lie within 30°", "class=\"ref\"",
+                 "60° or more away in both together: residues 3."});
+    if (className[0] == 'G') continue;
+    expectParts(
+        {"2 of 5 residues are Strong and 0 Generous: phi and psi of these 2 can be used. Among them, "
+         "class Bad because far from the reference structure: residues 3. Not to be used: 1 Warn, 2 None."});
+  }
   ASSERT_EQ(run({"--json", "-", "--ref", (dir / "ref.pdb").string()}), 0);
   EXPECT_TRUE(isJson(out.str()));
   expectParts({R"("reference": {"phi": 180.0, "psi": 180.0, "chi1": null})", R"("reference": {"phi": null)"});
   write("far.pdb", "ATOM      1  CA  ALA A 900       1.000   1.000   1.000  1.00  0.00\n");
-  EXPECT_EQ(run({"-o", "-", "--ref", (dir / "far.pdb").string()}), 1);
-  EXPECT_NE(err.str().find("no residue of the prediction has phi and psi there"), std::string::npos);
+  const std::pair<const char*, const char*> useless[] = {
+      {"far.pdb", "no residue of the prediction has phi and psi there"}, {"none.pdb", "cannot be opened"}};
+  for (const auto& [file, reason] : useless) {
+    EXPECT_EQ(run({"-o", "-", "--ref", (dir / file).string()}), 0);
+    EXPECT_NE(err.str().find(reason), std::string::npos);
+    expectParts({"Not compared with the reference structure: ", reason});
+  }
 }
 
 TEST_F(ReportProgram, WrongCommandLines) {

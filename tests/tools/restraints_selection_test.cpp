@@ -6,6 +6,7 @@
 #include <sstream>
 #include <tuple>
 
+#include "predictions/names.h"
 #include "restraints/options.h"
 #include "restraints/program.h"
 #include "restraints/select.h"
@@ -14,13 +15,13 @@
 
 namespace {
 
+using predictions::Chi1Row;
+using predictions::TorsionRow;
+using predictions::TorsionTable;
 using restraints::Angle;
-using restraints::Chi1Row;
 using restraints::Options;
 using restraints::Restraint;
 using restraints::RestraintList;
-using restraints::TorsionRow;
-using restraints::TorsionTable;
 
 TorsionRow row(int resid, char code, const char* className, double sd = 15, double phi = -60,
                double psi = -40) {
@@ -63,25 +64,31 @@ TEST(RestraintSelection, ReliableClassesChainEndsAndMissingAngles) {
                          row(5, 'A', "Dyn"), row(6, 'A', "Bad"), row(7, 'A', "None", 0, 9999, 9999)});
   const TorsionTable ends = table("AAA", {row(1, 'A', "Strong"), row(2, 'A', "Strong", 10, 9999, -40),
                                           row(3, 'A', "Strong", 10, -60, 999)});
-  Options strong, asked;
+  Options strong, asked, dropped, bad;
   strong.classes = {"Strong"};
   asked.classes = {"Warn", "Dyn"};
+  dropped.dropBad = true;
+  bad.classes = {"Bad"};
   const struct {
     const TorsionTable& rows;
     Options options;
     const char* names;
     std::vector<const char*> reports;
-  } cases[] = {{classes,
-                {},
-                "2PHI 2PSI 3PHI 3PSI",
-                {"skipped, class Warn: 1 (residues 4)", "skipped, class None: 1 (residues 7)"}},
-               {classes, strong, "2PHI 2PSI", {}},
-               {classes, asked, "4PHI 4PSI 5PHI 5PSI", {"class Dyn was asked for"}},
-               {ends,
-                {},
-                "1PSI 2PSI 3PHI",
-                {"PHI of the first residue: 1 (residues 1)", "PSI of the last residue: 1 (residues 3)",
-                 "PHI: no angle: 1 (residues 2)"}}};
+  } cases[] = {
+      {classes,
+       {},
+       "2PHI 2PSI 3PHI 3PSI 6PHI 6PSI",
+       {"skipped, class Warn: 1 (residues 4)", "skipped, class None: 1 (residues 7)",
+        "class Bad, far from the reference structure: 1 (residues 6); the class without it decides"}},
+      {classes, dropped, "2PHI 2PSI 3PHI 3PSI", {"(residues 6); left out", "skipped, class Bad: 1"}},
+      {classes, bad, "6PHI 6PSI", {"as a class of their own", "class Bad was asked for"}},
+      {classes, strong, "2PHI 2PSI", {}},
+      {classes, asked, "4PHI 4PSI 5PHI 5PSI", {"class Dyn was asked for"}},
+      {ends,
+       {},
+       "1PSI 2PSI 3PHI",
+       {"PHI of the first residue: 1 (residues 1)", "PSI of the last residue: 1 (residues 3)",
+        "PHI: no angle: 1 (residues 2)"}}};
   for (const auto& c : cases) {
     const RestraintList list = selectRestraints(c.rows, {}, c.options);
     EXPECT_EQ(names(list), c.names);
@@ -131,8 +138,8 @@ TEST(RestraintSelection, SideChains) {
 }
 
 TEST(RestraintSelection, ResidueRanges) {
-  EXPECT_EQ(restraints::residueRanges({}), "");
-  EXPECT_EQ(restraints::residueRanges({-2, -1, 0, 4, 6, 7, 9, 10, 11}), "-2 to 0, 4, 6, 7, 9-11");
+  EXPECT_EQ(predictions::residueRanges({}), "");
+  EXPECT_EQ(predictions::residueRanges({-2, -1, 0, 4, 6, 7, 9, 10, 11}), "-2 to 0, 4, 6, 7, 9-11");
 }
 
 class RestraintProgram : public testing::Test {
@@ -175,7 +182,7 @@ TEST_F(RestraintProgram, FaultsAreNamed) {
       {"no rows", good.substr(0, good.find("    2 A")), xplor, 1, "no rows"},
       {"other file", "HEADER\nATOM\n", xplor, 1, "no VARS and FORMAT lines"},
       {"zero byte", good + std::string(1, '\0'), xplor, 1, "a zero byte"},
-      {"nothing reliable", changed("Strong", "Bad"), xplor, 1, "no residue gives a restraint"},
+      {"nothing reliable", changed("Strong", "Dyn"), xplor, 1, "no residue gives a restraint"},
       {"no format", good, "", 2, "--format is missing"},
       {"unknown format", good, "--format pdb", 2, "unknown format 'pdb'"},
       {"unknown option", good, "--format xplor --wide", 2, "unknown option --wide"},
@@ -183,6 +190,11 @@ TEST_F(RestraintProgram, FaultsAreNamed) {
       {"odd number", good, "--format xplor --factor 2x", 2, "--factor needs a number"},
       {"class None", good, "--format xplor --classes None", 2, "None has no angles"},
       {"no structure", good, "--format amber", 2, "--coordinates"},
+      {"Bad in and out", good, "--format xplor --drop-bad --classes bad", 2, "exclude each other"},
+      {"odd numbering", good, "--format xplor --numbers mine", 2, "original or table, not 'mine'"},
+      {"input table missing", good, "--format xplor --input-table none.tab", 1, "none.tab: cannot be opened"},
+      {"no NEF file", good, "--into none.nef", 1, "none.nef"},
+      {"into another format", good, "--into none.nef --format cyana", 2, "--into is for the format nef"},
       {"flag with value", good, "--format xplor --wrap=1", 2, "takes no value"}};
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);

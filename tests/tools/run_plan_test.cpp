@@ -1,20 +1,20 @@
-// The steps of the one-command run, with small scripts in place of the programs.
+// What orbeln-run makes of its command line, and where it finds programs and tables.
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <filesystem>
 
+#include "run/options.h"
 #include "run/plan.h"
 #include "run/programs.h"
-#include "run/run_plan.h"
 #include "support/process.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 
-run::Plan planFor(const std::string& words) {
-  return run::makePlan(tools::parseArguments(run::runProgram(), support::split(words)));
+tools::Arguments parsed(const std::string& words) {
+  return tools::parseArguments(run::runProgram(), support::split(words));
 }
 
 void writeProgram(const fs::path& path, const std::string& script) {
@@ -22,74 +22,33 @@ void writeProgram(const fs::path& path, const std::string& script) {
   fs::permissions(path, fs::perms::owner_all);
 }
 
-/// Stand-ins that write what the real programs would, and keep their arguments.
-std::map<std::string, std::string> standIns(const support::TempDir& folder) {
-  std::map<std::string, std::string> programs;
-  const auto add = [&](const std::string& name, const std::string& script) {
-    writeProgram(folder / name, script);
-    programs[name] = (folder / name).string();
-  };
-  add("orbeln-convert", "echo Taken: 3 shifts\necho table > \"$2\"\n");
-  add("orbeln",
-      "echo \"$@\" > arguments\npwd > folder\necho \"$ORBELN_DIR\" > tables\ntouch pred.tab predChi1.tab\n");
-  add("orbeln-report", "touch report.html\n");
-  add("orbeln-restraints", "touch restraints.tbl restraints.aco\n");
-  return programs;
-}
-
-TEST(RunPlan, EveryStepWorksInTheResultFolder) {
-  const support::TempDir folder;
-  const auto programs = standIns(folder);
-  // Hyphens in the path must not reach the prediction's command line.
-  const std::string results = (folder / "my-results").string();
-  const run::Plan plan = planFor("shifts.str -o " + results + " -iso -- -excl 1UBQ");
-  ASSERT_EQ(plan.error, "");
-  EXPECT_EQ(run::runPlan(plan, programs, "/some/where", false), 0);
-  EXPECT_EQ(support::readFile(fs::path(results) / "arguments"), "-in input.tab -iso -excl 1UBQ\n");
-  EXPECT_EQ(support::readFile(fs::path(results) / "folder"), fs::canonical(results).string() + "\n");
-  EXPECT_EQ(support::readFile(fs::path(results) / "tables"), "/some/where\n");
-  for (const char* product : {"input.tab", "pred.tab", "report.html", "restraints.tbl", "restraints.aco"}) {
-    EXPECT_TRUE(fs::exists(fs::path(results) / product)) << product;
-  }
-}
-
-TEST(RunPlan, FailuresStopWhereNothingCanFollow) {
-  const support::TempDir folder;
-  auto programs = standIns(folder);
-  const fs::path results = folder / "results";
-  const run::Plan plan = planFor("shifts.str -o " + results.string());
-  ASSERT_EQ(run::runPlan(plan, programs, "/x", false), 0);
-
-  writeProgram(folder / "orbeln-report", "echo no luck\nexit 4\n");
-  EXPECT_EQ(run::runPlan(plan, programs, "/x", false), 1) << "a failed report is a failure";
-  EXPECT_TRUE(fs::exists(results / "restraints.tbl")) << "but restraints can still be written";
-  EXPECT_FALSE(fs::exists(results / "report.html")) << "an older report is no result of this run";
-
-  writeProgram(folder / "orbeln", "echo cannot open a table\nexit 0\n");
-  EXPECT_EQ(run::runPlan(plan, programs, "/x", false), 1) << "status 0 without a prediction is a failure";
-  EXPECT_FALSE(fs::exists(results / "pred.tab"));
-
-  writeProgram(folder / "orbeln-convert", "echo choose one\nexit 3\n");
-  EXPECT_EQ(run::runPlan(plan, programs, "/x", false), 3);
-}
-
 TEST(RunPlan, OptionsReachTheStepTheyAreFor) {
-  const run::Plan plan = planFor(
-      "a/b.nef --chain B --strict --restraints nef,amber --coordinates /s.pdb --factor 3 --no-report "
-      "--ref x-y.pdb");
-  ASSERT_EQ(plan.error, "");
-  EXPECT_EQ(fs::path(plan.folder).filename(), "b_orbeln");
-  ASSERT_EQ(plan.steps.size(), 4U);
+  const support::TempDir folder;
+  support::writeFile(folder / "my-db.tab", "");
+  const tools::Arguments arguments = parsed(
+      "a/b.nef --chain B --strict --restraints nef,amber,nef --coordinates /s.pdb --factor 3 --no-report "
+      "--ref x-y.pdb -- -excl 1UBQ -db " +
+      (folder / "my-db.tab").string());
+  ASSERT_EQ(run::usageProblem(arguments), "");
+  const run::Plan plan =
+      run::makePlan(arguments, {"a/b.nef", "b-1.nef, chain B", "/r/my-results", "", "2", nullptr});
+  ASSERT_EQ(plan.steps.size(), 4U) << "a format named twice is written once";
   const auto has = [&](std::size_t step, const std::vector<std::string>& words) {
     const auto& all = plan.steps[step].arguments;
     return std::search(all.begin(), all.end(), words.begin(), words.end()) != all.end();
   };
-  EXPECT_TRUE(has(0, {"--chain", "B"}) && has(0, {"--strict"}) && has(0, {"--", "a/b.nef"}));
-  EXPECT_TRUE(has(1, {"-ref", "reference.pdb"}));
+  EXPECT_TRUE(has(0, {"--chain", "B"}) && has(0, {"--list", "2"}) && has(0, {"--strict"}) &&
+              has(0, {"--", "a/b.nef"}));
+  EXPECT_TRUE(has(1, {"-inTitle", "b_1.nef, chain B"})) << "the prediction cuts its command line at hyphens";
+  EXPECT_TRUE(has(1, {"-ref", "reference.pdb", "-refTitle", "x_y.pdb"}));
+  EXPECT_TRUE(has(1, {"-excl", "1UBQ", "-db", "given_db"}));
+  ASSERT_EQ(plan.links.size(), 1U);
+  EXPECT_EQ(plan.links[0].second, (folder / "my-db.tab").string());
   EXPECT_TRUE(has(2, {"--format", "nef", "-o", "restraints.nef"}) && has(2, {"--factor", "3"}));
   EXPECT_TRUE(has(3, {"--coordinates", "/s.pdb"}));
-  for (const char* words : {"", "a b", "a --restraints pdb", "a --restraints gromacs", "a --bogus"})
-    EXPECT_NE(planFor(words).error, "") << words;
+  for (const char* words :
+       {"", "- -", "a --restraints pdb", "a --restraints gromacs", "a --bogus", "a -- -check"})
+    EXPECT_NE(run::usageProblem(parsed(words)), "") << words;
 }
 
 TEST(RunPrograms, AreFoundBesideTheExecutableThenInPath) {

@@ -13,9 +13,9 @@ sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."
 try:
     import numpy as np
 
-    import chi1
     import settings
-    import structures
+    from data import structures
+    from networks import chi1
 except ImportError as error:
     print(f"skipped: {error}")
     sys.exit(77)
@@ -33,10 +33,15 @@ class DisorderedResidues(unittest.TestCase):
         partly = outlier.copy()
         partly[20:] = np.nan
         hot = settings.LARGEST_B + np.arange(1.0, 41.0)
-        for name, b, expected in (("placeholder", placeholder, []), ("high placeholder", np.full(40, 100.0), []),
-                                  ("one mobile residue", outlier, [7]), ("the same in other units", outlier / 79.0, [7]),
-                                  ("all mobile", hot, list(range(40))), ("no B factors", np.full(40, np.nan), []),
-                                  ("B factors of half a chain", partly, [7])):
+        for name, b, expected in (
+            ("placeholder", placeholder, []),
+            ("high placeholder", np.full(40, 100.0), []),
+            ("one mobile residue", outlier, [7]),
+            ("the same in other units", outlier / 79.0, [7]),
+            ("all mobile", hot, list(range(40))),
+            ("no B factors", np.full(40, np.nan), []),
+            ("B factors of half a chain", partly, [7]),
+        ):
             with self.subTest(name):
                 self.assertEqual(list(np.nonzero(structures.disordered(b))[0]), expected)
 
@@ -44,8 +49,10 @@ class DisorderedResidues(unittest.TestCase):
 class SimulatedRelatives(unittest.TestCase):
     def test_only_chains_that_one_fold_holds_out(self):
         proteins = [SimpleNamespace(name=name) for name in ("P0", "P1", "Q1", "R2")]
-        extra = SimpleNamespace(relatives={"P0": {"a", "shared"}, "P1": {"b"}, "Q1": {"b", "shared"}},
-                                simulated=[chain("x", "b"), chain("y", "unrelated"), chain("z", "a"), chain("w", "shared")])
+        extra = SimpleNamespace(
+            relatives={"P0": {"a", "shared"}, "P1": {"b"}, "Q1": {"b", "shared"}},
+            simulated=[chain("x", "b"), chain("y", "unrelated"), chain("z", "a"), chain("w", "shared")],
+        )
         chosen, folds = chi1.simulated_relatives(proteins, np.array([0, 1, 1, 2]), extra)
         self.assertEqual([(protein.name, fold) for protein, fold in zip(chosen, folds)], [("x", 1), ("z", 0)])
 
@@ -58,18 +65,26 @@ class Candidates(unittest.TestCase):
         weight = chi1.fragment_weights(query, state, real)
         self.assertAlmostEqual(weight.mean(), 1.0, places=6)
         sums = [weight[(query == q) & (state == s)].sum() for q, s in ((4, 0), (4, 2), (9, 1))]
-        np.testing.assert_allclose(np.array(sums) / sums[2], [settings.CHI1_REAL_WEIGHT] * 2 + [1.0], rtol=1e-6)
+        np.testing.assert_allclose(
+            np.array(sums) / sums[2], [settings.CHI1_REAL_WEIGHT] * 2 + [1.0], rtol=1e-6
+        )
 
     def test_mean_of_the_ten_best_of_each_rotamer(self):
         rng = np.random.default_rng(3)
         query = np.repeat([2, 5], [60, 9])
-        angle = np.concatenate([rng.uniform(-180.0, 180.0, 60), [-60.0] * 2 + [60.0] * 3 + [180.0] * 3 + [9999.0]])
+        angle = np.concatenate(
+            [rng.uniform(-180.0, 180.0, 60), [-60.0] * 2 + [60.0] * 3 + [180.0] * 3 + [9999.0]]
+        )
         score = rng.random(69)
         queries, means = chi1.rotamer_means(query, angle, score)
         self.assertEqual(list(queries), [2, 5])
         for q, found in zip(queries, means):
             for state, (low, high) in enumerate(((-120.0, 0.0), (0.0, 120.0), (None, None))):
-                inside = (angle <= -120.0) | ((angle > 120.0) & (angle < 999.0)) if low is None else (angle > low) & (angle <= high)
+                inside = (
+                    (angle <= -120.0) | ((angle > 120.0) & (angle < 999.0))
+                    if low is None
+                    else (angle > low) & (angle <= high)
+                )
                 best = sorted(score[(query == q) & inside])[:10]
                 self.assertAlmostEqual(found[state], sum(best) / len(best) if len(best) >= 3 else 1.0)
 

@@ -16,9 +16,8 @@ sys.dont_write_bytecode = True
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "training"))
 try:
     import gemmi
-    import numpy as np
-
     import make_pairs
+    import numpy as np
 except (ImportError, SystemExit) as error:
     print(f"skipped: {error}")
     sys.exit(77)
@@ -70,21 +69,28 @@ def pdb_text(residues, first=101):
             versions = [("A", 0.6, 0.0), ("B", 0.4, 1.0)] if (k, name) == (4, "OG") else [(" ", 1.0, 0.0)]
             for altloc, occupancy, shift in versions:
                 serial += 1
-                lines.append(f"ATOM  {serial:5d}  {name:<3s}{altloc}{NAMES[code]} A{first + k + 5 * moved:4d}    "
-                             f"{x + shift:8.3f}{y:8.3f}{z:8.3f}{occupancy:6.2f}{10.0 + k:6.2f}          {name[0]:>2s}")
+                lines.append(
+                    f"ATOM  {serial:5d}  {name:<3s}{altloc}{NAMES[code]} A{first + k + 5 * moved:4d}    "
+                    f"{x + shift:8.3f}{y:8.3f}{z:8.3f}{occupancy:6.2f}{10.0 + k:6.2f}          {name[0]:>2s}"
+                )
     return "\n".join(lines) + "\nEND\n"
 
 
 def star_text(codes, rows):
-    """NMR-STAR 3 with an unquoted $ value and a text block that holds one. Rows: number, atom, value, ambiguity."""
+    """NMR-STAR 3 with an unquoted $ value and a text block that holds one. Rows: number, atom, value,
+    ambiguity."""
     sequence = "".join(f"{k} {NAMES[code]} 1\n" for k, code in enumerate(codes, 1))
-    shifts = "".join(f"{number} {NAMES[codes[number - 1]]} {atom} {value} {ambiguity} 1 1\n"
-                     for number, atom, value, ambiguity in rows)
-    return ("data_1\nsave_entity\n_Entity.Citation $cited\n_Entity.Details\n;\nabout $5 save_ loop_\n;\nloop_\n"
-            f"_Entity_poly_seq.Num\n_Entity_poly_seq.Mon_ID\n_Entity_poly_seq.Entity_ID\n{sequence}stop_\nsave_\n"
-            "save_shifts\nloop_\n_Atom_chem_shift.Comp_index_ID\n_Atom_chem_shift.Comp_ID\n_Atom_chem_shift.Atom_ID\n"
-            "_Atom_chem_shift.Val\n_Atom_chem_shift.Ambiguity_code\n_Atom_chem_shift.Entity_ID\n"
-            f"_Atom_chem_shift.Assigned_chem_shift_list_ID\n{shifts}stop_\nsave_\n")
+    shifts = "".join(
+        f"{number} {NAMES[codes[number - 1]]} {atom} {value} {ambiguity} 1 1\n"
+        for number, atom, value, ambiguity in rows
+    )
+    return (
+        "data_1\nsave_entity\n_Entity.Citation $cited\n_Entity.Details\n;\nabout $5 save_ loop_\n;\nloop_\n"
+        f"_Entity_poly_seq.Num\n_Entity_poly_seq.Mon_ID\n_Entity_poly_seq.Entity_ID\n{sequence}stop_\nsave_\n"
+        "save_shifts\nloop_\n_Atom_chem_shift.Comp_index_ID\n_Atom_chem_shift.Comp_ID\n_Atom_chem_shift.Atom_ID\n"
+        "_Atom_chem_shift.Val\n_Atom_chem_shift.Ambiguity_code\n_Atom_chem_shift.Entity_ID\n"
+        f"_Atom_chem_shift.Assigned_chem_shift_list_ID\n{shifts}stop_\nsave_\n"
+    )
 
 
 class MakePairs(unittest.TestCase):
@@ -117,8 +123,13 @@ class MakePairs(unittest.TestCase):
         self.assertEqual("".join(row["aa"] for row in rows), SEQUENCE)
         for k, (row, (phi, psi)) in enumerate(zip(rows, self.torsions)):
             starts, ends = k in (0, BREAK_AFTER), k in (BREAK_AFTER - 1, len(rows) - 1)
-            wanted = {"phi": "" if starts else phi, "psi": "" if ends else psi, "omega": "" if starts else 178.0,
-                      "chi1": CHI1.get(row["aa"], ("", ""))[1], "chi2": ""}
+            wanted = {
+                "phi": "" if starts else phi,
+                "psi": "" if ends else psi,
+                "omega": "" if starts else 178.0,
+                "chi1": CHI1.get(row["aa"], ("", ""))[1],
+                "chi2": "",
+            }
             for angle, value in wanted.items():
                 with self.subTest(residue=row["resid"], angle=angle):
                     # Three decimals of the coordinates leave the torsions 0.1 degrees.
@@ -141,14 +152,23 @@ class MakePairs(unittest.TestCase):
             self.assertEqual(self.rows("s.tsv"), self.rows(name + ".tsv"), name)
 
     def test_shifts_go_to_identical_residues_only(self):
-        # The entry has a tag of three residues, valine 3 mutated to alanine, and the piece that the break hides
-        # (LLLLL, before a leucine: only the break tells which of them it is).
+        # The entry has a tag of three residues, valine 3 mutated to alanine, and the piece that the break
+        # hides (LLLLL, before a leucine: only the break tells which of them it is).
         codes = "GSG" + SEQUENCE[:2] + "A" + SEQUENCE[3:BREAK_AFTER] + "LLLLL" + SEQUENCE[BREAK_AFTER:]
         rows = [(k, "CA", 50.0 + 0.1 * k, 1) for k in range(1, len(codes) + 1)]
-        rows += [(9, "HA2", 3.9, 2), (9, "HA3", 4.1, 2), (5, "H", 8.25, 1), (7, "N", 120.0, 5), (8, "CB", 630.0, 1),
-                 (11, "CB", 41.0, 1), (5, "QB", 1.0, 1)]
+        rows += [
+            (9, "HA2", 3.9, 2),
+            (9, "HA3", 4.1, 2),
+            (5, "H", 8.25, 1),
+            (7, "N", 120.0, 5),
+            (8, "CB", 630.0, 1),
+            (11, "CB", 41.0, 1),
+            (5, "QB", 1.0, 1),
+        ]
         self.write("a.str", star_text(codes, rows))
-        status, out, err = self.run_tool("--shifts", self.path("a.str"), "--paired", self.path("p.tsv"), "--name", "P")
+        status, out, err = self.run_tool(
+            "--shifts", self.path("a.str"), "--paired", self.path("p.tsv"), "--name", "P"
+        )
         self.assertEqual((status, err), (0, ""))
         self.assertIn("1 ambiguous values left out", out)
         self.assertIn("1 implausible values left out", out)
@@ -158,7 +178,9 @@ class MakePairs(unittest.TestCase):
             wanted = "" if k == 2 else f"{50.0 + 0.1 * partners[k]:.3f}".rstrip("0").rstrip(".")
             self.assertEqual(row["CA"], wanted, row)
         self.assertEqual([row["resid"] for row in table][14:16], ["115", "121"])
-        self.assertEqual((table[5]["HA"], table[1]["HN"], table[3]["N"], table[4]["CB"]), ("4", "8.25", "", ""))
+        self.assertEqual(
+            (table[5]["HA"], table[1]["HN"], table[3]["N"], table[4]["CB"]), ("4", "8.25", "", "")
+        )
         self.assertEqual((table[7]["aa"], table[7]["CB"]), ("c", "41"))  # oxidised by its shift
 
     def test_refusals(self):
@@ -170,13 +192,17 @@ class MakePairs(unittest.TestCase):
             "two lists": (two_lists, "choose one with --list"),
             "no shifts": ("data_x\n_Entity.ID 1\n", "no table of assigned chemical shifts"),
             "cut off": (other[:-40] + "\nsave_\n", "not a readable NMR-STAR file"),
-            "shifts of other residues": (star_text(SEQUENCE, [(1, "CA", 52.0, 1)]).replace("1 ALA CA", "1 VAL CA"),
-                                         "differ from the sequence"),
+            "shifts of other residues": (
+                star_text(SEQUENCE, [(1, "CA", 52.0, 1)]).replace("1 ALA CA", "1 VAL CA"),
+                "differ from the sequence",
+            ),
         }
         for name, (text, message) in cases.items():
             with self.subTest(name):
                 self.write("bad.str", text)
-                status, _, err = self.run_tool("--shifts", self.path("bad.str"), "--paired", self.path("p.tsv"))
+                status, _, err = self.run_tool(
+                    "--shifts", self.path("bad.str"), "--paired", self.path("p.tsv")
+                )
                 self.assertEqual(status, 1)
                 self.assertIn(message, err)
                 self.assertFalse(os.path.exists(self.path("p.tsv")))

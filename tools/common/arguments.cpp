@@ -2,10 +2,9 @@
 #include "common/arguments.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <numeric>
-#include <ostream>
 
+#include "common/log.h"
 #include "tables/text.h"
 
 #ifndef ORBELN_VERSION
@@ -152,21 +151,9 @@ std::string helpText(const Program& program) {
   return out;
 }
 
-bool answeredHelp(const Program& program, const Arguments& arguments) {
-  if (arguments.has("--help")) {
-    std::fputs(helpText(program).c_str(), stdout);
-    return true;
-  }
-  if (arguments.has("--version")) {
-    std::printf("%s %s\n", program.name.c_str(), ORBELN_VERSION);
-    return true;
-  }
-  return false;
-}
-
-int usageError(const Program& program, const std::string& message) {
-  std::fprintf(stderr, "%s: %s\nUsage: %s %s\nTry '%s --help' for more.\n", program.name.c_str(),
-               message.c_str(), program.name.c_str(), program.usage.c_str(), program.name.c_str());
+int usageError(const Program& program, const std::string& message, std::ostream& err) {
+  err << program.name << ": " << printable(message) << "\nUsage: " << program.name << " " << program.usage << "\nTry '"
+      << program.name << " --help' for more.\n";
   return 2;
 }
 

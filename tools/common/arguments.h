@@ -1,7 +1,7 @@
 // Command lines of the companion programs: options, positional words, help text.
 #pragma once
 
-#include <iosfwd>
+#include <iostream>
 #include <map>
 #include <string>
 #include <string_view>
@@ -40,12 +40,9 @@ Arguments parseArguments(const Program& program, const std::vector<std::string>&
 
 std::string helpText(const Program& program);
 /// Answers --help and --version on `out`; false when neither was given.
-bool answerHelp(const Program& program, const Arguments& arguments, std::ostream& out);
-
-/// The text handled by --help and --version, which every program has. False when neither was asked for.
-bool answeredHelp(const Program& program, const Arguments& arguments);
+bool answerHelp(const Program& program, const Arguments& arguments, std::ostream& out = std::cout);
 
 /// Prints a usage error the way every program does and returns its exit status, 2.
-int usageError(const Program& program, const std::string& message);
+int usageError(const Program& program, const std::string& message, std::ostream& err = std::cerr);
 
 }  // namespace tools

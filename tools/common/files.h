@@ -8,11 +8,12 @@ namespace tools {
 
 struct FileText {
   bool ok = false;
-  std::string text;   ///< without a UTF-8 byte order mark
-  std::string error;  ///< why it could not be read, in words
+  std::string text;      ///< UTF-8 with plain line ends, whatever the file had (see decodeText())
+  std::string encoding;  ///< what was unusual about the file's encoding, in words; empty when nothing was
+  std::string error;     ///< why it could not be read, in words
 };
 
-/// The text of `path`, of standard input for "-".
+/// The text of `path`, of standard input for "-". Binary files and more than 256 MB are refused.
 FileText readTextFile(const std::string& path);
 
 /// Writes `text` to `path` as OutputFile does ("-" is standard output). Empty text, or what went wrong.

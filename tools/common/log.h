@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -14,6 +15,7 @@ struct Message {
   std::string file;
   int line = 0;  ///< from 1; 0 when the message is about the whole file
   std::string text;
+  std::vector<std::string> table = {};  ///< lines printed below the message
 };
 
 /// Collects messages in order. A step that fails leaves an error here and returns false.
@@ -32,6 +34,11 @@ class Log {
     add(Severity::Error, line, std::move(text));
     return false;
   }
+  /// The same with lines below the message, for more than one line can hold.
+  bool error(int line, std::string text, std::vector<std::string> table) {
+    messages_.push_back({Severity::Error, file_, line, std::move(text), std::move(table)});
+    return false;
+  }
 
   const std::vector<Message>& messages() const { return messages_; }
   std::size_t count(Severity severity) const;
@@ -39,14 +46,21 @@ class Log {
 
  private:
   void add(Severity severity, int line, std::string text) {
-    messages_.push_back({severity, file_, line, std::move(text)});
+    messages_.push_back({severity, file_, line, std::move(text), {}});
   }
 
   std::string file_;
   std::vector<Message> messages_;
 };
 
-/// "file:line: warning: text" (no severity word for a note).
+/// `text` as it may go to a terminal: control characters (line ends and tabs included) and bytes that are no
+/// UTF-8 become \\xNN, so that a hostile or broken file cannot move the cursor or colour the screen.
+std::string printable(std::string_view text);
+
+/// printable() cut to about `most` characters, with "..." where something is left out.
+std::string shortened(std::string_view text, std::size_t most = 60);
+
+/// "file:line: warning: text" (no severity word for a note), printable.
 std::string describe(const Message& message);
 
 }  // namespace tools

@@ -1,8 +1,12 @@
 // Shifts of one chain and one list to rows of the input table.
 #include <algorithm>
 #include <cmath>
+#include <map>
+#include <set>
 #include <unordered_map>
 
+#include "common/residue_variants.h"
+#include "convert/cells.h"
 #include "convert/conversion.h"
 #include "convert/names.h"
 
@@ -41,6 +45,25 @@ std::size_t atomRank(const std::string& atom) {
   return rank;
 }
 
+/// Residues that are X, whose shifts are not taken: reported together.
+struct UnknownResidues {
+  std::map<int, std::string> names;
+  std::size_t shifts = 0;
+
+  void add(const Residue& residue) {
+    names.emplace(residue.number, residue.name.empty() ? "(unknown)" : residue.name);
+    ++shifts;
+  }
+  std::string list() const {
+    std::string text;
+    std::size_t count = 0;
+    for (const auto& [number, name] : names) {
+      if (count++ < kNamedExamples) text += (text.empty() ? "" : ", ") + std::to_string(number) + " " + name;
+    }
+    return text + (count > kNamedExamples ? " and " + std::to_string(count - kNamedExamples) + " more" : "");
+  }
+};
+
 struct Candidate {
   TableRow row;        ///< its atom still by the name of backboneAtom()
   std::string source;  ///< atom name in the file
@@ -51,7 +74,9 @@ class RowConverter {
   RowConverter(const Entry& entry, const Chain& chain, const Settings& settings, Conversion& conversion,
                Log& log)
       : entry_(entry), chain_(chain), settings_(settings), conversion_(conversion), log_(log) {
-    for (const Residue& residue : chain.residues) byKey_.emplace(residue.key, &residue);
+    for (const Residue& residue : chain.residues) {
+      if (!residue.key.empty()) byKey_.emplace(residue.key, &residue);
+    }
   }
 
   bool run(const std::string& list) {
@@ -63,6 +88,9 @@ class RowConverter {
       } else if (!takeShift(shift)) {
         return false;
       }
+    }
+    if (unknown_.shifts > 0) {
+      conversion_.skip("of residues that are X in the sequence: " + unknown_.list(), unknown_.shifts);
     }
     if (!reportMismatches() || !reportImplausible()) return false;
     reportOthers();
@@ -80,21 +108,25 @@ class RowConverter {
 
   bool takeShift(const Shift& shift) {
     const auto found = byKey_.find(shift.residue);
+    if (found == byKey_.end() && !shift.name.empty() && parentCode(shift.name) == 'X') {
+      conversion_.skip("of molecules that are no part of the sequence (" + shift.name + ")");
+      return true;
+    }
     if (found == byKey_.end()) {
       return log_.error(shift.line, "residue " + shift.residue + " " + shift.name +
                                         " is not in the sequence of chain " + chain_.id);
     }
     const Residue& residue = *found->second;
-    const char code = codeOf(residue);
+    const char code = codeOf(residue, settings_);
     const std::string atom = backboneAtom(code, shift.atom);
     const auto value = wholeNumber(shift.text);
-    if (!shift.missing && !value) {
+    const bool missing = shift.missing || isMissing(shift.text);
+    if (!missing && !value) {
       return log_.error(shift.line, "the shift '" + shift.text + "' of " + label(residue, shift.atom) +
                                         " is no number; are the columns in another order?");
     }
     if (!isStandard(code)) {
-      conversion_.skip("of residue " + std::to_string(residue.number) + " " +
-                       (residue.name.empty() ? "(unknown)" : residue.name) + ", which is X in the sequence");
+      unknown_.add(residue);
       return true;
     }
     if (!sameResidue(shift, residue, code)) return true;
@@ -104,9 +136,13 @@ class RowConverter {
                            : "of other atoms");
       return true;
     }
-    if (shift.missing || !std::isfinite(*value) || *value >= kMissing ||
-        (*value == 0.0 && entry_.zeroIsMissing)) {
+    if (missing || !std::isfinite(*value) || *value >= kMissing || (*value == 0.0 && entry_.zeroIsMissing)) {
       conversion_.skip("without a value");
+      return true;
+    }
+    const tools::ResidueVariant* variant = tools::findResidueVariant(residue.name);
+    if (variant != nullptr && variant->parent == code && !variant->shiftsLikeParent(atom)) {
+      conversion_.skip("that the modification of their residue changes (" + residue.name + ")");
       return true;
     }
     return takeValue(shift, residue, code, atom, *value);
@@ -133,21 +169,14 @@ class RowConverter {
     return true;
   }
 
-  char codeOf(const Residue& residue) const {
-    return residue.code == 'X' ? residueCode(residue.name, settings_.mseAsMet) : residue.code;
-  }
-
   bool sameResidue(const Shift& shift, const Residue& residue, char code) {
     if (shift.name.empty()) return true;
-    char named = residueCode(shift.name, settings_.mseAsMet);
-    if (named == 'c') named = 'C';
-    if (named == (code == 'c' ? 'C' : code)) return true;
+    const auto reduced = [](char c) { return c == 'c' ? 'C' : c; };
+    // An author may call a modified residue by the plain name, and a plain one by that of a state of it.
+    if (reduced(parentCode(shift.name)) == reduced(code) || shift.name == residue.name) return true;
     const std::string example = "residue " + std::to_string(residue.number) + " is " + residue.name +
                                 " in the sequence, " + shift.name + " in the shift list";
-    if (std::find(mismatched_.begin(), mismatched_.end(), residue.number) == mismatched_.end()) {
-      mismatched_.push_back(residue.number);
-      mismatches_.add(shift.line, example);
-    }
+    if (mismatched_.insert(residue.number).second) mismatches_.add(shift.line, example);
     conversion_.skip("of residues whose type differs from the sequence");
     return false;
   }
@@ -245,12 +274,18 @@ class RowConverter {
   Log& log_;
   std::unordered_map<std::string, const Residue*> byKey_;
   std::map<int, std::vector<Candidate>> byResidue_;
-  std::vector<int> mismatched_;
+  std::set<int> mismatched_;
+  UnknownResidues unknown_;
   std::size_t values_ = 0;
   Doubts mismatches_, implausible_, zeros_, ambiguous_;
 };
 
 }  // namespace
+
+char codeOf(const Residue& residue, const Settings& settings) {
+  if (residue.code != 'X') return residue.code;
+  return settings.modifiedAsParent ? parentCode(residue.name) : residueCode(residue.name, settings.mseAsMet);
+}
 
 void Conversion::skip(const std::string& reason, std::size_t count) {
   for (auto& [known, number] : skipped) {
@@ -262,12 +297,25 @@ void Conversion::skip(const std::string& reason, std::size_t count) {
   skipped.emplace_back(reason, count);
 }
 
-bool convertRows(const Entry& entry, const Chain& chain, const std::string& list, const Settings& settings,
-                 Conversion& conversion, Log& log) {
+void setSequence(const Chain& chain, const Settings& settings, Conversion& conversion) {
   conversion.firstResid = chain.residues.front().number;
   for (const Residue& residue : chain.residues) {
-    const char code = residue.code == 'X' ? residueCode(residue.name, settings.mseAsMet) : residue.code;
-    conversion.sequence += code;
+    conversion.sequence += codeOf(residue, settings);
+  }
+}
+
+bool convertRows(const Entry& entry, const Chain& chain, const std::string& list, const Settings& settings,
+                 Conversion& conversion, Log& log) {
+  setSequence(chain, settings, conversion);
+  if (!entry.others.empty()) {
+    std::string names;
+    std::size_t total = 0;
+    for (const auto& [name, count] : entry.others) {
+      names += (names.empty() ? "" : ", ") + tools::shortened(name, 20) + " " + std::to_string(count);
+      total += count;
+    }
+    conversion.skip("of molecules that are no part of a protein chain: " + tools::shortened(names, 200),
+                    total);
   }
   if (entry.unassigned > 0) conversion.skip("of unassigned resonances", entry.unassigned);
   return RowConverter(entry, chain, settings, conversion, log).run(list);

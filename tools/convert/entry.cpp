@@ -21,4 +21,14 @@ const Residue* Entry::findResidue(const Chain& chain, const std::string& key) co
   return it == chain.residues.end() ? nullptr : &*it;
 }
 
+void Entry::leaveOut(const std::string& molecule) {
+  const auto it =
+      std::find_if(others.begin(), others.end(), [&](const auto& other) { return other.first == molecule; });
+  if (it != others.end()) {
+    ++it->second;
+  } else {
+    others.emplace_back(molecule, 1);
+  }
+}
+
 }  // namespace convert

@@ -1,32 +1,17 @@
 // Residue, atom and number conventions of the exchange formats, brought to those of the input table.
 #include "convert/names.h"
 
+#include <algorithm>
 #include <array>
 #include <climits>
 #include <cstdlib>
 
+#include "common/residue_variants.h"
 #include "tables/text.h"
 
 namespace convert {
 
 namespace {
-
-struct NamedCode {
-  std::string_view name;
-  char code;
-};
-
-constexpr std::array<NamedCode, 20> kAminoAcids = {
-    {{"ALA", 'A'}, {"CYS", 'C'}, {"ASP", 'D'}, {"GLU", 'E'}, {"PHE", 'F'}, {"GLY", 'G'}, {"HIS", 'H'},
-     {"ILE", 'I'}, {"LYS", 'K'}, {"LEU", 'L'}, {"MET", 'M'}, {"ASN", 'N'}, {"PRO", 'P'}, {"GLN", 'Q'},
-     {"ARG", 'R'}, {"SER", 'S'}, {"THR", 'T'}, {"VAL", 'V'}, {"TRP", 'W'}, {"TYR", 'Y'}}};
-
-// Names that structure calculation programs give to states of the same residue.
-constexpr std::array<NamedCode, 22> kVariants = {
-    {{"ARG+", 'R'}, {"LYS+", 'K'}, {"HIS+", 'H'}, {"ASP-", 'D'}, {"GLU-", 'E'}, {"CYSS", 'c'},
-     {"CYX", 'c'},  {"CYS2", 'c'}, {"CPRO", 'P'}, {"HISE", 'H'}, {"HISD", 'H'}, {"HIST", 'H'},
-     {"HID", 'H'},  {"HIE", 'H'},  {"HIP", 'H'},  {"HSD", 'H'},  {"HSE", 'H'},  {"HSP", 'H'},
-     {"ASPH", 'D'}, {"GLUH", 'E'}, {"CYM", 'C'},  {"CYS-", 'C'}}};
 
 struct ShiftRange {
   std::string_view atom;
@@ -49,14 +34,15 @@ char residueCode(std::string_view name, bool mseAsMet) {
     const char raised = text::upper(name)[0];
     return isStandard(raised) ? raised : 'X';
   }
-  const std::string raised = text::upper(name);
-  for (const NamedCode& known : kAminoAcids) {
-    if (raised == known.name) return known.code;
-  }
-  for (const NamedCode& known : kVariants) {
-    if (raised == known.name) return known.code;
-  }
-  return mseAsMet && raised == "MSE" ? 'M' : 'X';
+  const tools::ResidueVariant* known = tools::findResidueVariant(name);
+  if (known == nullptr) return 'X';
+  if (known->kind != tools::VariantKind::Modified) return known->parent;
+  return mseAsMet && known->name == "MSE" ? 'M' : 'X';
+}
+
+char parentCode(std::string_view name) {
+  const tools::ResidueVariant* known = name.size() > 1 ? tools::findResidueVariant(name) : nullptr;
+  return known != nullptr ? known->parent : residueCode(name);
 }
 
 bool isStandard(char code) {
@@ -64,10 +50,8 @@ bool isStandard(char code) {
 }
 
 std::string threeLetterName(char code) {
-  for (const NamedCode& known : kAminoAcids) {
-    if (known.code == code) return std::string(known.name);
-  }
-  return code == 'c' ? "CYSS" : std::string(1, code);
+  if (code == 'c') return "CYSS";
+  return isStandard(code) ? std::string(tools::plainResidueName(code)) : std::string(1, code);
 }
 
 std::string backboneAtom(char code, std::string_view atom) {

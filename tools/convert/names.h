@@ -8,9 +8,13 @@
 namespace convert {
 
 /// One-letter code of a residue name: three letters in any case, one letter, charged and protonation
-/// variants (ARG+, ASP-, HISE ...), CYSS and the like as 'c', cPRO as 'P'; 'X' for everything else. A
-/// selenomethionine is 'X', or 'M' when `mseAsMet`.
+/// variants (ARG+, ASP-, HISE ...), CYSS and the like as 'c', cPRO as 'P'; 'X' for everything else, modified
+/// residues included. A selenomethionine is 'M' when `mseAsMet`.
 char residueCode(std::string_view name, bool mseAsMet = false);
+
+/// The code of the residue that a modified one was made from ('c' where its sulfur is bound); the same as
+/// residueCode() for all others.
+char parentCode(std::string_view name);
 
 /// One of the 20 amino acids or an oxidized cysteine.
 bool isStandard(char code);

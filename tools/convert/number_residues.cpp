@@ -2,8 +2,9 @@
 #include "convert/number_residues.h"
 
 #include <algorithm>
-#include <map>
 #include <optional>
+#include <unordered_map>
+#include <unordered_set>
 
 #include "convert/names.h"
 
@@ -11,9 +12,13 @@ namespace convert {
 
 namespace {
 
+constexpr int kLongestGap = 100;  // missing residues that are filled with X
+constexpr int kClosedGap = 10;    // what is left of a longer gap: more than any window of the prediction
+constexpr std::size_t kMostFilled = 2000;  // in one chain
+
 /// Author's numbers that only the shift rows tell.
 void takeAuthorNumbersOfShifts(const Entry& entry, Chain& chain) {
-  std::map<std::string, std::string> byKey;
+  std::unordered_map<std::string, std::string> byKey;
   for (const Shift& shift : entry.shifts) {
     if (shift.chain == chain.id && !shift.author.empty()) byKey.emplace(shift.residue, shift.author);
   }
@@ -23,46 +28,120 @@ void takeAuthorNumbersOfShifts(const Entry& entry, Chain& chain) {
   }
 }
 
-/// Number of the first residue by `text` of each residue, when they rise by one; empty texts do not count.
-template <class Text>
-std::optional<int> constantOffset(const Chain& chain, Text text) {
-  std::optional<int> first;
-  for (std::size_t i = 0; i < chain.residues.size(); ++i) {
-    const std::string& number = text(chain.residues[i]);
-    if (number.empty()) continue;
-    const auto value = wholeInteger(number);
-    if (!value) return std::nullopt;
-    const int start = *value - static_cast<int>(i);
-    if (first && *first != start) return std::nullopt;
-    first = start;
+/// What the numbers of the file allow.
+struct Numbering {
+  std::vector<std::optional<int>> numbers;  ///< of each residue, as in the file; filled in where it has none
+  std::string complaint;                    ///< why they cannot be kept; empty when they can
+  int line = 0;
+};
+
+/// Numbers between those that are known: on from the left neighbour, backwards before the first.
+void fillIn(std::vector<std::optional<int>>& numbers) {
+  for (std::size_t i = 1; i < numbers.size(); ++i) {
+    if (!numbers[i] && numbers[i - 1]) numbers[i] = *numbers[i - 1] + 1;
   }
-  return first;
+  for (std::size_t i = numbers.size(); i-- > 1;) {
+    if (!numbers[i - 1] && numbers[i]) numbers[i - 1] = *numbers[i] - 1;
+  }
+  if (!numbers.empty() && !numbers[0]) {
+    for (std::size_t i = 0; i < numbers.size(); ++i) numbers[i] = static_cast<int>(i) + 1;
+  }
 }
 
-/// "author 27-35 = 1-9, 35A = 10": runs of numbers that go together.
-std::string authorMapping(const Chain& chain) {
-  std::string text;
-  const auto& residues = chain.residues;
-  for (std::size_t i = 0; i < residues.size();) {
-    std::size_t last = i;
-    const auto start = wholeInteger(residues[i].author);
-    while (start && last + 1 < residues.size() &&
-           wholeInteger(residues[last + 1].author) == *start + static_cast<int>(last + 1 - i)) {
-      ++last;
+template <class Text>
+Numbering readNumbers(const Chain& chain, Text text) {
+  Numbering numbering;
+  for (const Residue& residue : chain.residues) {
+    const std::string& given = text(residue);
+    numbering.numbers.push_back(given.empty() ? std::nullopt : wholeInteger(given));
+    if (!given.empty() && !numbering.numbers.back() && numbering.complaint.empty()) {
+      numbering.complaint = "the residue number " + given + " carries an insertion code";
+      numbering.line = residue.line;
     }
-    const bool run = last > i;
-    if (!residues[i].author.empty()) {
-      text += text.empty() ? "" : ", ";
-      text += residues[i].author + (run ? "-" + residues[last].author : "") + " = " +
-              std::to_string(residues[i].number) + (run ? "-" + std::to_string(residues[last].number) : "");
-    }
-    i = last + 1;
   }
-  return text;
+  fillIn(numbering.numbers);
+  for (std::size_t i = 1; i < numbering.numbers.size() && numbering.complaint.empty(); ++i) {
+    if (*numbering.numbers[i] > *numbering.numbers[i - 1]) continue;
+    numbering.complaint = "the residue numbers do not rise: " + std::to_string(*numbering.numbers[i - 1]) +
+                          " is followed by " + std::to_string(*numbering.numbers[i]);
+    numbering.line = chain.residues[i].line;
+  }
+  return numbering;
+}
+
+/// Residues that the numbers leave out before residue `i`.
+int gapBefore(const Numbering& numbering, std::size_t i) {
+  return i == 0 ? 0 : std::max(0, *numbering.numbers[i] - *numbering.numbers[i - 1] - 1);
+}
+
+/// A gap that is too long to be filled keeps the numbers from being kept.
+void complainOfLongGaps(const Chain& chain, Numbering& numbering) {
+  std::size_t filled = 0;
+  for (std::size_t i = 1; i < numbering.numbers.size() && numbering.complaint.empty(); ++i) {
+    const int gap = gapBefore(numbering, i);
+    filled += static_cast<std::size_t>(gap);
+    if (gap <= kLongestGap && filled <= kMostFilled) continue;
+    numbering.complaint = "between residues " + std::to_string(*numbering.numbers[i - 1]) + " and " +
+                          std::to_string(*numbering.numbers[i]) + " the numbers leave out more than " +
+                          std::to_string(gap > kLongestGap ? kLongestGap : static_cast<int>(kMostFilled)) +
+                          " residues";
+    numbering.line = chain.residues[i].line;
+  }
+}
+
+/// The gaps of a chain, so that no two residues become neighbours that are none.
+struct Gaps {
+  std::string named;  ///< "411-412, 500"
+  std::size_t count = 0;
+  int line = 0;
+};
+
+/// Puts X where the numbers leave residues out; where they cannot be kept, at most kClosedGap of them.
+Gaps fillGaps(Chain& chain, const Numbering& numbering) {
+  constexpr std::size_t kNamed = 10;
+  Gaps gaps;
+  std::vector<Residue> residues;
+  residues.reserve(chain.residues.size());
+  for (std::size_t i = 0; i < chain.residues.size(); ++i) {
+    const int gap = gapBefore(numbering, i), first = i == 0 ? 0 : *numbering.numbers[i - 1] + 1;
+    if (gap > 0 && gaps.count++ < kNamed) {
+      gaps.named += (gaps.named.empty() ? "" : ", ") + std::to_string(first) +
+                    (gap > 1 ? "-" + std::to_string(first + gap - 1) : "");
+      if (gaps.line == 0) gaps.line = chain.residues[i].line;
+    }
+    const int kept = numbering.complaint.empty() ? gap : std::min(gap, kClosedGap);
+    for (int k = 0; k < kept; ++k) {
+      Residue unknown;
+      unknown.line = chain.residues[i].line;
+      if (numbering.complaint.empty()) unknown.author = std::to_string(first + k);
+      residues.push_back(std::move(unknown));
+    }
+    residues.push_back(std::move(chain.residues[i]));
+  }
+  chain.residues = std::move(residues);
+  if (gaps.count > kNamed) gaps.named += " and " + std::to_string(gaps.count - kNamed) + " more places";
+  return gaps;
 }
 
 void numberFrom(Chain& chain, int first) {
   for (Residue& residue : chain.residues) residue.number = first++;
+}
+
+void reportNumbering(const Chain& chain, const Numbering& numbering, const Gaps& gaps,
+                     std::vector<std::string>& remarks, Log& log) {
+  const std::string first = std::to_string(chain.residues.front().number);
+  if (!numbering.complaint.empty()) {
+    const std::string text = numbering.complaint + "; numbered from " + first +
+                             " (REMARK NUMBER lines of the table name the old numbers)" +
+                             (gaps.count == 0 ? ""
+                                              : "; residues left out are X, " + std::to_string(kClosedGap) +
+                                                    " at most in one place: " + gaps.named);
+    log.warn(numbering.line, text);
+    remarks.push_back("Numbered from " + first + ", because " + numbering.complaint);
+  } else if (gaps.count > 0) {
+    log.warn(gaps.line, "the residue numbers leave out " + gaps.named + ": filled with X");
+    remarks.push_back("Residues that the numbers leave out are X: " + gaps.named);
+  }
 }
 
 /// Agreement of a sequence laid from number `first` on with the residues of known type.
@@ -146,40 +225,42 @@ bool reportMisfit(const Placement& best, const Settings& settings, Log& log) {
 
 }  // namespace
 
-bool numberResidues(const Entry& entry, Chain& chain, const Settings& settings,
+bool numberResidues(const Entry& entry, Chain& chain, const Settings& settings, bool sequenceFollows,
                     std::vector<std::string>& remarks, Log& log) {
   takeAuthorNumbersOfShifts(entry, chain);
-  std::optional<int> first =
-      constantOffset(chain, [](const Residue& r) -> const std::string& { return r.author; });
-  bool authors = false;
-  for (const Residue& residue : chain.residues) authors = authors || !residue.author.empty();
-  if (!authors) first = constantOffset(chain, [](const Residue& r) -> const std::string& { return r.key; });
-  const bool mapped = !first;
+  const bool authors = std::any_of(chain.residues.begin(), chain.residues.end(),
+                                   [](const Residue& r) { return !r.author.empty(); });
+  for (Residue& residue : chain.residues) {
+    if (!authors) residue.author = residue.key;
+  }
+  Numbering numbering = readNumbers(chain, [](const Residue& r) -> const std::string& { return r.author; });
+  if (sequenceFollows && numbering.complaint.empty()) {
+    for (std::size_t i = 0; i < chain.residues.size(); ++i) chain.residues[i].number = *numbering.numbers[i];
+    return true;
+  }
+  complainOfLongGaps(chain, numbering);
+  const int start = numbering.numbers.empty() ? 1 : *numbering.numbers.front();
+  const Gaps gaps = fillGaps(chain, numbering);
+  int first = numbering.complaint.empty() ? start : 1;
   if (!settings.firstResid.empty() && settings.sequenceFile.empty()) {
     const auto given = wholeInteger(settings.firstResid);
     if (!given) return log.error(0, "--first-resid '" + settings.firstResid + "' is no integer");
-    if (first && *first != *given) {
-      remarks.push_back("Residue numbers are those of the file plus " + std::to_string(*given - *first));
+    if (numbering.complaint.empty() && start != *given) {
+      remarks.push_back("Residue numbers are those of the file plus " + std::to_string(*given - start));
     }
-    first = given;
+    first = *given;
   }
-  numberFrom(chain, first.value_or(1));
-  if (mapped) {
-    remarks.push_back("The residue numbers of the file do not rise by one; numbered from " +
-                      std::to_string(chain.residues.front().number) + ": " + authorMapping(chain));
-    log.warn(chain.residues.front().line, "the residue numbers do not rise by one; numbered from " +
-                                              std::to_string(chain.residues.front().number) +
-                                              " (mapping in the remarks)");
-  }
+  numberFrom(chain, first);
+  reportNumbering(chain, numbering, gaps, remarks, log);
   return true;
 }
 
 bool applySequence(const Entry& entry, Chain& chain, const std::vector<Chain>& sequences,
                    const Settings& settings, std::vector<std::string>& remarks, Log& log) {
   const Placement best = bestPlacement(chain, sequences, settings);
-  const std::size_t known = best.fit.agree + best.fit.differ + best.fit.outside;
+  const std::size_t compared = best.fit.agree + best.fit.differ + best.fit.outside;
   // A few wrong types may be mutations or slips and are reported row by row; more are another protein.
-  if (best.fit.outside > 0 || best.fit.differ > std::min<std::size_t>(4, known / 10)) {
+  if (best.fit.outside > 0 || best.fit.differ > std::min<std::size_t>(4, compared / 10)) {
     return reportMisfit(best, settings, log);
   }
   std::vector<Residue> residues = best.sequence->residues;
@@ -194,13 +275,16 @@ bool applySequence(const Entry& entry, Chain& chain, const std::vector<Chain>& s
     if (at < 0 || at >= static_cast<int>(residues.size())) continue;
     residues[static_cast<std::size_t>(at)].key = old.key;
     if (old.code == 'c') residues[static_cast<std::size_t>(at)].code = 'c';
+    residues[static_cast<std::size_t>(at)].author = old.author;
+    if (old.name.size() > 1) residues[static_cast<std::size_t>(at)].name = old.name;
   }
+  std::unordered_set<std::string> placed;
+  for (const Residue& residue : residues) placed.insert(residue.key);
+  std::unordered_set<std::string> known;
+  for (const Residue& residue : chain.residues) known.insert(residue.key);
   for (const Shift& shift : entry.shifts) {
-    const auto old = wholeInteger(shift.residue);
-    if (shift.chain != chain.id || !old || entry.findResidue(chain, shift.residue) == nullptr) continue;
-    const bool placed = std::any_of(residues.begin(), residues.end(),
-                                    [&](const Residue& r) { return r.key == shift.residue; });
-    if (!placed) {
+    if (shift.chain != chain.id || known.count(shift.residue) == 0) continue;
+    if (placed.count(shift.residue) == 0) {
       return log.error(shift.line,
                        "residue " + shift.residue + " lies outside the sequence of " + settings.sequenceFile);
     }

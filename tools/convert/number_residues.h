@@ -8,9 +8,11 @@
 
 namespace convert {
 
-/// Numbers the residues as the author does when those numbers are integers rising by one (from the sequence,
-/// else from the shift rows), else from 1; `settings.firstResid` overrides. What was done goes to `remarks`.
-bool numberResidues(const Entry& entry, Chain& chain, const Settings& settings,
+/// Numbers the residues as the author does (by the sequence, else by the shift rows) when those numbers rise;
+/// residues that they leave out become X. Gaps of more than 100 residues, insertion codes and falling numbers
+/// cannot be kept: numbered from 1, with a warning. `settings.firstResid` overrides. With `sequenceFollows`
+/// gaps are left to applySequence(). What was done goes to `remarks`.
+bool numberResidues(const Entry& entry, Chain& chain, const Settings& settings, bool sequenceFollows,
                     std::vector<std::string>& remarks, Log& log);
 
 /// Replaces the residues of `chain` by those of a sequence file, placed so that they agree with the residue

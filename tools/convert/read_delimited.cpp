@@ -1,6 +1,7 @@
-// CSV, TSV and blank-separated lists with a header line that names the columns.
-#include <array>
-
+// CSV, TSV and blank-separated lists, one shift a row or one residue a row, with or without a header line.
+#include "convert/assignment.h"
+#include "convert/cells.h"
+#include "convert/columns.h"
 #include "convert/names.h"
 #include "convert/readers.h"
 #include "tables/text.h"
@@ -9,125 +10,161 @@ namespace convert {
 
 namespace {
 
-enum Column { kChain, kNumber, kType, kAtom, kShift, kColumns };
+class DelimitedReader {
+ public:
+  DelimitedReader(const Cells& cells, const Columns& columns, Entry& entry, Log& log)
+      : cells_(cells), columns_(columns), entry_(entry), log_(log) {}
 
-constexpr std::array<std::string_view, kColumns> kColumnNames = {"chain", "residue number", "residue type",
-                                                                 "atom", "shift"};
-
-/// The names a column may have, each between blanks.
-constexpr std::array<std::string_view, kColumns> kAliases = {
-    " chain chain_id chain_code asym_id auth_asym_id segid ",
-    " resid seq_id residue residue_number res_num resnum resi comp_index_id sequence_code seq number num ",
-    " resname comp_id residue_name residue_type res_name aa type res ",
-    " atom atom_id atom_name atomname name ", " shift value ppm val cs chemical_shift "};
-
-/// Cells of a line; a cell may stand in double quotes.
-std::vector<std::string> splitLine(std::string_view line, char separator) {
-  std::vector<std::string> cells;
-  if (separator == ' ') {
-    for (const std::string_view word : text::split_WhiteSpace(line)) cells.emplace_back(word);
-    return cells;
-  }
-  std::string cell;
-  bool quoted = false;
-  for (const char c : line) {
-    if (c == '"') {
-      quoted = !quoted;
-    } else if (c == separator && !quoted) {
-      cells.emplace_back(text::trim(cell));
-      cell.clear();
-    } else {
-      cell += c;
+  bool run() {
+    for (std::size_t r = columns_.firstRow; r < cells_.rows.size(); ++r) {
+      const CellRow& row = cells_.rows[r];
+      const bool loopEnd = row.cells.size() == 1 && text::upper(row.cells[0]).starts_with("STOP_");
+      if (!row.comment && !loopEnd && !readRow(row)) return false;
     }
+    return true;
   }
-  cells.emplace_back(text::trim(cell));
-  return cells;
-}
 
-char separatorOf(std::string_view header) {
-  for (const char candidate : {'\t', ',', ';'}) {
-    if (header.find(candidate) != std::string_view::npos) return candidate;
+ private:
+  std::string cell(const CellRow& row, int column) const {
+    const auto at = static_cast<std::size_t>(column);
+    return column < 0 || at >= row.cells.size() ? "" : row.cells[at];
   }
-  return ' ';
-}
 
-struct Header {
-  char separator = ' ';
-  std::size_t width = 0;
-  std::array<int, kColumns> columns{};
+  /// Cells behind the last column are empty, those that are not there are none that is read.
+  bool hasItsCells(const CellRow& row) {
+    std::size_t count = row.cells.size();
+    while (count > columns_.width && row.cells[count - 1].empty()) --count;
+    std::size_t needed = 0;
+    for (const int column : columns_.at) needed = std::max(needed, static_cast<std::size_t>(column + 1));
+    for (const auto& [column, atom] : columns_.atoms)
+      needed = std::max(needed, static_cast<std::size_t>(column + 1));
+    const bool blanks = cells_.separator == ' ';
+    if (count == columns_.width ||
+        (count >= needed && count < columns_.width && (!blanks || columns_.headings.empty())))
+      return true;
+    return log_.error(row.line, "expected " + std::to_string(columns_.width) +
+                                    (columns_.headings.empty() ? " columns as in the other rows, found "
+                                                               : " columns as in the header, found ") +
+                                    std::to_string(count));
+  }
+
+  bool readRow(const CellRow& row) {
+    if (!hasItsCells(row)) return false;
+    Shift shift;
+    shift.line = row.line;
+    shift.list = cell(row, columns_.at[kList]);
+    if (isMissing(shift.list)) shift.list = "1";
+    shift.chain = cell(row, columns_.at[kChain]);
+    shift.name = cell(row, columns_.at[kName]);
+    shift.atom = cell(row, columns_.at[kAtom]);
+    bool assigned = true;
+    if (!readResidue(row, shift, assigned)) return false;
+    if (isMissing(shift.name)) shift.name.clear();
+    if (isMissing(shift.chain)) shift.chain = "A";
+    if (!assigned) {
+      entry_.unassigned += columns_.atoms.empty() ? 1 : columns_.atoms.size();
+      return true;
+    }
+    if (const auto author = residueNumber(cell(row, columns_.at[kAuthor])))
+      shift.author = std::to_string(*author);
+    shift.ambiguity = residueNumber(cell(row, columns_.at[kAmbiguity])).value_or(0);
+    if (columns_.atoms.empty()) {
+      addShift(shift, cell(row, columns_.at[kShift]));
+    } else {
+      for (const auto& [column, atom] : columns_.atoms) {
+        shift.atom = atom;
+        addValues(shift, cell(row, column));
+      }
+    }
+    return true;
+  }
+
+  /// The residue number, and from a label also type, chain and atom.
+  bool readResidue(const CellRow& row, Shift& shift, bool& assigned) {
+    std::string number = cell(row, columns_.at[kNumber]);
+    if (columns_.has(kLabel)) {
+      Assignment assignment;
+      assigned = parseAssignment(cell(row, columns_.at[kLabel]), columns_.dashJoins, assignment);
+      if (!assigned) return true;
+      number = assignment.number;
+      if (shift.name.empty()) shift.name = assignment.name;
+      // T7.C is chain C where the atom stands in a column of its own.
+      const bool atomElsewhere = !shift.atom.empty() || !columns_.atoms.empty();
+      const bool letter = assignment.name.empty() && assignment.atom.size() == 1;  // 12N is asparagine there
+      if (atomElsewhere && letter && shift.name.empty()) {
+        shift.name = assignment.atom;
+      } else if (atomElsewhere && assignment.chain.empty()) {
+        assignment.chain = assignment.atom;
+      }
+      if (shift.chain.empty()) shift.chain = assignment.chain;
+      if (!atomElsewhere) shift.atom = assignment.atom;
+    }
+    // 43-1 is the residue before 43, which the program that wrote it does not know; @12 is none at all.
+    const std::size_t sign = number.find_first_of("+-", 1);
+    const bool relative = sign != std::string::npos && wholeInteger(number.substr(0, sign));
+    assigned = !isMissing(number) && !relative && !number.starts_with('@');
+    if (!assigned) return true;
+    const auto residue = residueNumber(number);
+    if (!residue) {
+      return log_.error(
+          row.line, "the residue number '" + number + "' is no integer; are the columns in another order?");
+    }
+    shift.residue = std::to_string(*residue);
+    return true;
+  }
+
+  /// One cell of a wide table: a value, or those of both alpha protons of glycine as in 3.95/4.02.
+  void addValues(Shift shift, const std::string& text) {
+    const std::size_t mark = text.find_first_of("/;&");
+    if (mark == std::string::npos || text::upper(shift.atom) != "HA" || residueCode(shift.name) != 'G') {
+      addShift(shift, text);
+      return;
+    }
+    shift.atom = "HA2";
+    addShift(shift, std::string(text::trim(std::string_view(text).substr(0, mark))));
+    shift.atom = "HA3";
+    addShift(shift, std::string(text::trim(std::string_view(text).substr(mark + 1))));
+  }
+
+  void addShift(Shift shift, const std::string& text) {
+    shift.text = text;
+    shift.missing = isMissing(text);
+    if (entry_.findChain(shift.chain) == nullptr) {
+      entry_.chains.push_back({shift.chain, {}, "", {}, true, false, ""});
+    }
+    bool listed = false;
+    for (const ShiftList& list : entry_.lists) listed = listed || list.id == shift.list;
+    if (!listed) entry_.lists.push_back({shift.list, "", ""});
+    entry_.shifts.push_back(std::move(shift));
+  }
+
+  const Cells& cells_;
+  const Columns& columns_;
+  Entry& entry_;
+  Log& log_;
 };
 
-bool readHeader(int number, std::string_view line, Header& header, Log& log) {
-  while (line.starts_with('#') || line.starts_with(' ')) line.remove_prefix(1);
-  header.separator = separatorOf(line);
-  header.columns.fill(-1);
-  const std::vector<std::string> cells = splitLine(line, header.separator);
-  header.width = cells.size();
-  for (std::size_t i = 0; i < cells.size(); ++i) {
-    std::string name = " ";
-    for (const char c : cells[i]) name += static_cast<char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c);
-    name += ' ';
-    for (std::size_t column = 0; column < kColumns; ++column) {
-      const bool named = kAliases[column].find(name) != std::string_view::npos;
-      if (named && header.columns[column] < 0) header.columns[column] = static_cast<int>(i);
-    }
-  }
-  for (const Column needed : {kNumber, kAtom, kShift}) {
-    if (header.columns[needed] >= 0) continue;
-    return log.error(number, "no known shift list, or the header line names no column for the " +
-                                 std::string(kColumnNames[needed]) + " (resid, resname, atom, shift)");
-  }
-  return true;
-}
-
-std::string cellOf(const std::vector<std::string>& cells, const Header& header, Column column) {
-  return header.columns[column] < 0 ? "" : cells[static_cast<std::size_t>(header.columns[column])];
-}
-
-bool readRow(int number, std::string_view line, const Header& header, Entry& entry, Log& log) {
-  const std::vector<std::string> cells = splitLine(line, header.separator);
-  if (cells.size() != header.width) {
-    return log.error(number, "expected " + std::to_string(header.width) +
-                                 " columns as in the header, found " + std::to_string(cells.size()));
-  }
-  Shift shift;
-  shift.line = number;
-  shift.list = "1";
-  shift.chain = cellOf(cells, header, kChain);
-  if (shift.chain.empty()) shift.chain = "A";
-  shift.residue = cellOf(cells, header, kNumber);
-  shift.name = cellOf(cells, header, kType);
-  shift.atom = cellOf(cells, header, kAtom);
-  shift.text = cellOf(cells, header, kShift);
-  const std::string raised = text::upper(shift.text);
-  shift.missing = raised.empty() || raised == "." || raised == "?" || raised == "NA" || raised == "-";
-  const auto residue = wholeInteger(shift.residue);
-  if (!residue) {
-    return log.error(number, "the residue number '" + shift.residue +
-                                 "' is no integer; are the columns in another order?");
-  }
-  shift.residue = std::to_string(*residue);
-  if (entry.findChain(shift.chain) == nullptr) {
-    entry.chains.push_back({shift.chain, {}, "", {}, true, false, ""});
-  }
-  entry.shifts.push_back(std::move(shift));
-  return true;
+const char* formatName(const Cells& cells) {
+  if (cells.separator == ' ') return "column list";
+  return cells.separator == '\t' ? "TSV" : "CSV";
 }
 
 }  // namespace
 
-bool readDelimited(std::string_view text, Entry& entry, Log& log) {
-  entry.lists.push_back({"1", "", ""});
-  Header header;
-  const bool read = forEachLine(text, [&](int number, std::string_view line) {
-    if (text::trim(line).empty()) return true;
-    if (header.width == 0) return readHeader(number, line, header, log);
-    return line[0] == '#' || readRow(number, line, header, entry, log);
-  });
-  if (!read) return false;
+bool readDelimited(std::string_view text, const std::string& given, Entry& entry, Log& log) {
+  Cells cells;
+  Columns columns;
+  if (!splitCells(text, cells, log) || !chooseColumns(cells, given, columns, log)) return false;
+  if (!DelimitedReader(cells, columns, entry, log).run()) return false;
   if (entry.shifts.empty()) return log.error(0, "the file holds no rows");
-  entry.format = header.separator == '\t' ? "TSV" : header.separator == ' ' ? "column list" : "CSV";
-  entry.needsSequence = header.columns[kType] < 0;
+  entry.format = formatName(cells);
+  if (cells.decimalComma) entry.format += " with decimal commas";
+  entry.facts.push_back(columns.said);
+  if (!columns.guess.empty())
+    log.warn(cells.rows[columns.firstRow].line, columns.guess + "; --columns says otherwise");
+  bool named = false;
+  for (const Shift& shift : entry.shifts) named = named || !shift.name.empty();
+  entry.needsSequence = !named;
   return sequenceFromShifts(entry, log);
 }
 

@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "convert/names.h"
+#include "convert/polymer.h"
 #include "convert/readers.h"
 #include "tables/text.h"
 
@@ -15,7 +16,8 @@ using star::Loop;
 
 std::vector<Residue> moleculeResidues(const Frame& frame) {
   const Loop* loop = frame.loopWith("_Residue_label");
-  if (loop == nullptr || loop->column("_Chem_shift_value") >= 0 || loop->column("_Residue_seq_code") < 0) {
+  const bool usable = loop != nullptr && loop->fault.text.empty();
+  if (!usable || loop->column("_Chem_shift_value") >= 0 || loop->column("_Residue_seq_code") < 0) {
     return residuesFromLetters(frame.text("_Mol_residue_sequence"), frame.line);
   }
   std::vector<Residue> residues;
@@ -45,7 +47,9 @@ void readMolecules(const Document& document, Entry& entry) {
     chain.residues = moleculeResidues(frame);
     chain.sequenceGiven = !chain.residues.empty();
     const std::string kind = text::upper(frame.text("_Mol_polymer_class"));
-    chain.protein = kind.empty() || kind == "PROTEIN";
+    chain.protein = kind.empty() ? chain.residues.empty() || areAminoAcids(chain.residues)
+                                 : kind == "PROTEIN" || kind.starts_with("POLYPEPTIDE");
+    chain.idGiven = true;
     if (text::upper(frame.text("_Mol_thiol_state")) == "ALL DISULFIDE BOUND") {
       for (Residue& residue : chain.residues) residue.code = residue.code == 'C' ? 'c' : residue.code;
     }
@@ -56,7 +60,7 @@ void readMolecules(const Document& document, Entry& entry) {
 void readSamples(const Document& document, Entry& entry) {
   for (const Frame& frame : document.frames) {
     const Loop* loop = frame.loopWith("_Isotopic_labeling");
-    if (loop == nullptr) continue;
+    if (loop == nullptr || !loop->fault.text.empty()) continue;
     const int label = loop->column("_Mol_label"), labelling = loop->column("_Isotopic_labeling");
     for (std::size_t row = 0; row < loop->rows(); ++row) {
       std::string molecule = loop->text(row, label);
@@ -71,7 +75,12 @@ void readSamples(const Document& document, Entry& entry) {
 std::string chainOfList(const Frame& frame, Entry& entry) {
   const std::string component = frame.text("_Mol_system_component_name");
   for (const Chain& chain : entry.chains) {
-    if (!component.empty() && (chain.description == component || chain.entity == component)) return chain.id;
+    if (component.empty()) break;
+    const bool named =
+        std::find(chain.aliases.begin(), chain.aliases.end(), component) != chain.aliases.end();
+    if (named || chain.id == component || chain.description == component || chain.entity == component) {
+      return chain.id;
+    }
   }
   if (entry.chains.size() > 1 && !component.empty()) {
     // The component's molecule stands in the molecular system; without it the name itself is the choice.
@@ -80,7 +89,7 @@ std::string chainOfList(const Frame& frame, Entry& entry) {
     entry.chains.push_back(chain);
     return component;
   }
-  if (entry.chains.empty()) entry.chains.push_back({"1", {}, "", {}, true, false, ""});
+  if (entry.chains.empty()) entry.chains.push_back({"1", {}, "", {}, true, false, "", false});
   return entry.chains.front().id;
 }
 
@@ -88,7 +97,7 @@ std::string chainOfList(const Frame& frame, Entry& entry) {
 void readSystem(const Document& document, Entry& entry) {
   for (const Frame& frame : document.frames) {
     const Loop* loop = frame.loopWith("_Mol_system_component_name");
-    if (loop == nullptr) continue;
+    if (loop == nullptr || !loop->fault.text.empty()) continue;
     const int name = loop->column("_Mol_system_component_name"), label = loop->column("_Mol_label");
     for (std::size_t row = 0; row < loop->rows(); ++row) {
       std::string molecule = loop->text(row, label);
@@ -103,7 +112,9 @@ void readSystem(const Document& document, Entry& entry) {
 }
 
 bool readShiftLoop(const Frame& frame, const Loop& loop, Entry& entry, Log& log) {
-  const int code = loop.column("_Residue_seq_code"), label = loop.column("_Residue_label");
+  if (!loop.usable(log)) return false;
+  const int code = loop.column("_", {"Residue_seq_code", "Residue_ID", "Residue_number"});
+  const int label = loop.column("_", {"Residue_label", "Residue_name", "Mol_residue_label"});
   const int atom = loop.column("_Atom_name"), value = loop.column("_Chem_shift_value");
   const int ambiguity = loop.column("_Chem_shift_ambiguity_code");
   const int author = loop.column("_Residue_author_seq_code");
@@ -113,7 +124,8 @@ bool readShiftLoop(const Frame& frame, const Loop& loop, Entry& entry, Log& log)
         "the shift loop lacks one of the columns _Residue_seq_code, _Residue_label and _Atom_name");
   }
   const std::string chain = chainOfList(frame, entry);
-  ShiftList list{std::to_string(entry.lists.size() + 1), frame.name, frame.text("_Sample_conditions_label")};
+  ShiftList list{
+      std::to_string(entry.lists.size() + 1), frame.name, frame.text("_Sample_conditions_label"), {}};
   for (std::size_t row = 0; row < loop.rows(); ++row) {
     const star::Value& number = *loop.at(row, value);
     Shift shift;
@@ -145,8 +157,10 @@ bool readNmrStar2(const Document& document, Entry& entry, Log& log) {
       if (loop.column("_Chem_shift_value") < 0 || loop.column("_Atom_name") < 0) continue;
       if (!readShiftLoop(frame, loop, entry, log)) return false;
     }
+    if (entry.title.empty()) entry.title = frame.text("_Entry_title");
   }
-  if (entry.lists.empty()) return log.error(0, "the file holds no loop with the column _Chem_shift_value");
+  if (entry.title.empty()) entry.title = document.blocks.front();
+  leaveOutOtherMolecules(entry);
   return sequenceFromShifts(entry, log);
 }
 

@@ -1,6 +1,6 @@
 // Sparky and POKY resonance lists: Group Atom Nuc Shift SDev Assignments.
-#include <cctype>
-
+#include "convert/assignment.h"
+#include "convert/cells.h"
 #include "convert/names.h"
 #include "convert/readers.h"
 #include "tables/text.h"
@@ -9,42 +9,20 @@ namespace convert {
 
 namespace {
 
-struct Group {
-  std::string chain, name, number;
-};
-
-bool isLetter(char c) {
-  return std::isalpha(static_cast<unsigned char>(c)) != 0;
-}
-
-std::string withoutPunctuation(std::string_view s) {
-  std::string result;
-  for (const char c : s) {
-    if (std::isalnum(static_cast<unsigned char>(c)) != 0) result += c;
-  }
-  return result;
-}
-
-/// "T7", "Thr7", "T7.A", "A:T7": residue letters, number, chain before a colon or after the number.
-bool parseGroup(std::string_view text, Group& group) {
-  const std::size_t mark = text.find_first_of(":.|");
-  if (mark != std::string_view::npos && mark + 1 < text.size() && isLetter(text[mark + 1]) &&
-      text.find_first_of("0123456789", mark) != std::string_view::npos) {
-    group.chain = withoutPunctuation(text.substr(0, mark));
-    text.remove_prefix(mark + 1);
-  }
-  std::size_t letters = 0;
-  while (letters < text.size() && isLetter(text[letters])) ++letters;
-  if (letters != 1 && letters != 3) return false;
-  std::size_t end = letters;
-  if (end < text.size() && text[end] == '-') ++end;
-  const std::size_t digits = end;
-  while (end < text.size() && std::isdigit(static_cast<unsigned char>(text[end])) != 0) ++end;
-  if (end == digits) return false;
-  group.name = text.substr(0, letters);
-  group.number = text.substr(letters, end - letters);
-  if (end < text.size()) group.chain = withoutPunctuation(text.substr(end));
-  return true;
+/// The part of a row that names the residue: T7, Thr7, T7.A, A:T7. A list whose groups all have a dash behind
+/// the letters (Thr-7) means no negative numbers.
+bool dashesJoin(std::string_view text) {
+  std::size_t dashes = 0, others = 0;
+  forEachLine(text, [&](int, std::string_view line) {
+    const auto words = text::split_WhiteSpace(line);
+    if (words.size() < 4 || words[0].starts_with('?') ||
+        words[0].find_first_of("0123456789") == std::string::npos)
+      return true;
+    const std::size_t dash = words[0].find('-');
+    ++(dash == 1 || dash == 3 ? dashes : others);
+    return true;
+  });
+  return dashes > 1 && others == 0;
 }
 
 std::string chainFor(const std::string& name, Entry& entry) {
@@ -53,16 +31,17 @@ std::string chainFor(const std::string& name, Entry& entry) {
   return id;
 }
 
-bool readRow(int number, const std::vector<std::string_view>& words, Entry& entry, Log& log) {
+bool readRow(int number, const std::vector<std::string_view>& words, bool dashJoins, Entry& entry, Log& log) {
   if (words.size() < 4) {
     return log.error(
         number, "expected Group, Atom, Nuc and Shift, found " + std::to_string(words.size()) + " columns");
   }
-  Group group;
-  if (words[0].starts_with('?') || !parseGroup(words[0], group)) {
+  Assignment group;
+  if (words[0].starts_with('?') || !parseAssignment(words[0], dashJoins, group) || group.name.empty()) {
     ++entry.unassigned;
     return true;
   }
+  if (group.chain.empty()) group.chain = group.atom;  // T7.C is chain C: the atom has a column of its own
   Shift shift;
   shift.line = number;
   shift.list = "1";
@@ -70,6 +49,7 @@ bool readRow(int number, const std::vector<std::string_view>& words, Entry& entr
   shift.name = group.name;
   shift.atom = words[1];
   shift.text = words[3];
+  shift.missing = isMissing(shift.text);
   shift.chain = chainFor(group.chain, entry);
   entry.shifts.push_back(std::move(shift));
   return true;
@@ -79,12 +59,12 @@ bool readRow(int number, const std::vector<std::string_view>& words, Entry& entr
 
 bool readSparky(std::string_view text, Entry& entry, Log& log) {
   entry.format = "Sparky resonance list";
-  entry.needsSequence = true;
   entry.lists.push_back({"1", "", ""});
+  const bool dashJoins = dashesJoin(text);
   const bool read = forEachLine(text, [&](int number, std::string_view line) {
     const auto words = text::split_WhiteSpace(line);
     if (words.empty() || words[0][0] == '#' || text::upper(words[0]) == "GROUP") return true;
-    return readRow(number, words, entry, log);
+    return readRow(number, words, dashJoins, entry, log);
   });
   if (!read) return false;
   if (entry.shifts.empty()) return log.error(0, "no row names a residue in the first column (as in T7)");

@@ -3,6 +3,7 @@
 
 #include "convert/names.h"
 #include "convert/readers.h"
+#include "convert/table_check.h"
 #include "tables/text.h"
 
 namespace convert {
@@ -11,9 +12,10 @@ namespace {
 
 struct TableState {
   std::string sequence;
-  std::string first = "1";
+  std::string first;
   std::vector<std::string> vars;
   int sequenceLine = 0;
+  TableCheck check;
 
   int column(std::string_view name) const {
     const auto it = std::find(vars.begin(), vars.end(), name);
@@ -24,18 +26,42 @@ struct TableState {
 void readData(int number, const std::vector<std::string_view>& words, TableState& state) {
   if (words.size() < 3) return;
   const std::string key = text::upper(words[1]);
-  if (key == "FIRST_RESID") state.first = words[2];
+  if (key == "FIRST_RESID") {
+    if (state.first.empty()) {
+      state.first = words[2];
+    } else if (state.first != words[2]) {
+      state.check.repeatedFirstResid(number, words[2]);
+    }
+  }
   if (key != "SEQUENCE") return;
   if (state.sequenceLine == 0) state.sequenceLine = number;
   for (std::size_t i = 2; i < words.size(); ++i) state.sequence += words[i];
 }
 
-bool readRow(int number, const std::vector<std::string_view>& words, const TableState& state, Entry& entry,
+/// Residue name of a letter that is none of the 20: the amino acids that have a letter of their own, and what
+/// other programs write for a cis proline (p) and a charged histidine (h). Empty for all others.
+std::string_view foreignName(char letter) {
+  switch (letter) {
+    case 'U':
+      return "SEC";
+    case 'O':
+      return "PYL";
+    case 'p':
+      return "PRO";
+    case 'h':
+      return "HIS";
+    default:
+      return "";
+  }
+}
+
+bool readRow(int number, const std::vector<std::string_view>& words, TableState& state, Entry& entry,
              Log& log) {
   if (words.size() != state.vars.size()) {
-    return log.error(number, "expected " + std::to_string(state.vars.size()) +
-                                 " columns as in the VARS line, found " + std::to_string(words.size()));
+    state.check.wrongLength(number, words.size());
+    return true;
   }
+  state.check.goodRow();
   const auto cell = [&](std::string_view name) {
     const int column = state.column(name);
     return column < 0 ? std::string() : std::string(words[static_cast<std::size_t>(column)]);
@@ -50,25 +76,41 @@ bool readRow(int number, const std::vector<std::string_view>& words, const Table
                      "the RESID '" + cell("RESID") + "' is no integer; are the columns in another order?");
   shift.residue = std::to_string(*residue);
   shift.name = cell("RESNAME");
+  if (shift.name.size() == 1 && !foreignName(shift.name[0]).empty()) shift.name = foreignName(shift.name[0]);
   shift.atom = cell("ATOMNAME");
   shift.text = cell("SHIFT");
+  if (hasDecimalComma(shift.text)) state.check.decimalComma(number, shift.text);
   entry.shifts.push_back(std::move(shift));
   return true;
 }
 
+/// Every character of the sequence is a residue, as for the prediction, known or not.
+std::vector<Residue> tableResidues(TableState& state, int first) {
+  std::vector<Residue> residues;
+  for (const char letter : state.sequence) {
+    Residue residue;
+    residue.key = residue.author = std::to_string(first + static_cast<int>(residues.size()));
+    const std::string_view foreign = foreignName(letter);
+    residue.name = foreign.empty() ? std::string(1, letter) : std::string(foreign);
+    residue.code = residueCode(residue.name);
+    residue.line = state.sequenceLine;
+    if (residue.code != letter && letter != 'X') {
+      state.check.foreignLetter(state.sequenceLine, first + static_cast<int>(residues.size()), letter,
+                                residue.code);
+    }
+    residues.push_back(std::move(residue));
+  }
+  return residues;
+}
+
 /// Residues of the DATA SEQUENCE lines, numbered from FIRST_RESID.
-bool makeChain(const TableState& state, Entry& entry, Log& log) {
-  const auto first = wholeInteger(state.first);
+bool makeChain(TableState& state, Entry& entry, Log& log) {
+  const auto first = wholeInteger(state.first.empty() ? "1" : state.first);
   if (!first) return log.error(0, "DATA FIRST_RESID '" + state.first + "' is no integer");
   Chain& chain = entry.chains.front();
-  chain.residues = residuesFromLetters(state.sequence, state.sequenceLine);
+  chain.residues = tableResidues(state, *first);
   chain.sequenceGiven = !chain.residues.empty();
-  int number = *first;
-  for (Residue& residue : chain.residues) {
-    residue.key = residue.author = std::to_string(number);
-    ++number;
-  }
-  return sequenceFromShifts(entry, log);
+  return state.check.report(state.vars.size(), log) && sequenceFromShifts(entry, log);
 }
 
 }  // namespace
@@ -98,7 +140,9 @@ bool readTable(std::string_view text, Entry& entry, Log& log) {
     return readRow(number, words, state, entry, log);
   });
   if (!read) return false;
-  if (entry.shifts.empty()) return log.error(0, "the table holds no rows");
+  if (entry.shifts.empty()) {
+    return state.check.report(state.vars.size(), log) && log.error(0, "the table holds no rows");
+  }
   return makeChain(state, entry, log);
 }
 

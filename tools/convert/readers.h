@@ -17,17 +17,21 @@ enum class Format {
   Nef,
   Xeasy,
   Sparky,
+  Pipp,
+  Lacs,
+  PeakList,
   Shifty,
   Delimited,
   Table,
   Fasta,
   XeasySequence,
-  MmCif,
-  OtherStar
+  Star  ///< built like STAR; starDialect() tells which kind it is
 };
 
 /// The format that the content looks like.
 Format recognise(std::string_view text);
+/// What a STAR document holds: NmrStar3, NmrStar2 or Nef; Unknown for another kind of STAR.
+Format starDialect(const star::Document& document);
 /// The format of that name on the command line; Unknown when there is none.
 Format formatNamed(std::string_view name);
 /// The names that formatNamed() knows, in the order of the help text.
@@ -35,14 +39,21 @@ const std::vector<std::string>& formatNames();
 
 // Each reader returns false with one error in `log` for a file that cannot be used. Shifts are kept as they
 // are, numbers included; what they are worth is decided later, in one place for all formats.
+/// Any kind of STAR; `format` is the one the user named, or Star.
+bool readStar(Format format, std::string_view text, Entry& entry, Log& log);
 bool readNmrStar3(const star::Document& document, Entry& entry, Log& log);
 bool readNmrStar2(const star::Document& document, Entry& entry, Log& log);
 bool readNef(const star::Document& document, Entry& entry, Log& log);
 /// `sequence`: residues of a .seq or FASTA file, empty when there is none.
 bool readXeasy(std::string_view text, const std::vector<Chain>& sequence, Entry& entry, Log& log);
 bool readSparky(std::string_view text, Entry& entry, Log& log);
-bool readShifty(std::string_view text, Entry& entry, Log& log);
-bool readDelimited(std::string_view text, Entry& entry, Log& log);
+bool readLacs(std::string_view text, Entry& entry, Log& log);
+/// Nine numbers, the second one the place of a residue type in the alphabet.
+bool isLacsRow(const std::vector<std::string_view>& words);
+bool readPipp(std::string_view text, Entry& entry, Log& log);
+/// `given`: the columns as --columns names them, empty to find them by headings and content.
+bool readShifty(std::string_view text, const std::string& given, Entry& entry, Log& log);
+bool readDelimited(std::string_view text, const std::string& given, Entry& entry, Log& log);
 bool readTable(std::string_view text, Entry& entry, Log& log);
 
 /// Chains of a FASTA or XEASY .seq text; one per FASTA record, split at linker residues for .seq.

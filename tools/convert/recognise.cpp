@@ -1,6 +1,7 @@
 // Recognises a format by its content.
 #include <array>
 
+#include "convert/assignment.h"
 #include "convert/names.h"
 #include "convert/readers.h"
 #include "tables/text.h"
@@ -14,45 +15,21 @@ struct NamedFormat {
   Format format;
 };
 
-constexpr std::array<NamedFormat, 8> kFormats = {{{"nmrstar", Format::NmrStar3},
-                                                  {"nmrstar2", Format::NmrStar2},
-                                                  {"nef", Format::Nef},
-                                                  {"xeasy", Format::Xeasy},
-                                                  {"sparky", Format::Sparky},
-                                                  {"shifty", Format::Shifty},
-                                                  {"csv", Format::Delimited},
-                                                  {"table", Format::Table}}};
-
-bool containsIgnoringCase(std::string_view line, std::string_view wanted) {
-  return text::upper(line).find(text::upper(wanted)) != std::string::npos;
-}
-
-/// STAR files name what they hold in their tags.
-Format starDialect(std::string_view text) {
-  Format found = Format::OtherStar;
-  forEachLine(text, [&](int, std::string_view line) {
-    const std::string_view trimmed = text::trim(line);
-    if (!trimmed.starts_with('_')) return true;
-    if (trimmed.starts_with("_nef_")) found = Format::Nef;
-    if (containsIgnoringCase(trimmed, "_Atom_chem_shift.")) found = Format::NmrStar3;
-    if (containsIgnoringCase(trimmed, "_Chem_shift_value") ||
-        containsIgnoringCase(trimmed, "_Residue_seq_code")) {
-      found = Format::NmrStar2;
-    }
-    if (trimmed.starts_with("_atom_site.")) found = Format::MmCif;
-    return found == Format::OtherStar;
-  });
-  return found;
-}
-
-bool looksLikeStar(std::string_view firstWord) {
-  const std::string word = text::upper(firstWord);
-  return word.starts_with("DATA_") || word.starts_with("SAVE_") || word == "LOOP_";
-}
+constexpr std::array<NamedFormat, 10> kFormats = {{{"nmrstar", Format::NmrStar3},
+                                                   {"nmrstar2", Format::NmrStar2},
+                                                   {"nef", Format::Nef},
+                                                   {"xeasy", Format::Xeasy},
+                                                   {"sparky", Format::Sparky},
+                                                   {"shifty", Format::Shifty},
+                                                   {"pipp", Format::Pipp},
+                                                   {"lacs", Format::Lacs},
+                                                   {"csv", Format::Delimited},
+                                                   {"table", Format::Table}}};
 
 bool isXeasyRow(const std::vector<std::string_view>& words) {
-  return words.size() >= 5 && wholeInteger(words[0]) && wholeNumber(words[1]) && wholeNumber(words[2]) &&
-         !wholeNumber(words[3]) && wholeInteger(words[4]);
+  const bool noError = words.size() >= 5 && (words[2] == "." || words[2] == "-" || words[2] == "?");
+  return words.size() >= 5 && wholeInteger(words[0]) && wholeNumber(words[1]) &&
+         (noError || wholeNumber(words[2])) && looksLikeAtom(words[3]) && wholeInteger(words[4]);
 }
 
 bool isXeasySequenceRow(const std::vector<std::string_view>& words) {
@@ -60,10 +37,21 @@ bool isXeasySequenceRow(const std::vector<std::string_view>& words) {
          words[0].size() <= 5 && residueCode(words[0]) != 'X';
 }
 
+/// One-letter codes alone, in words of any length: a sequence without the header of FASTA.
+bool isLetterRow(const std::vector<std::string_view>& words) {
+  std::size_t letters = 0;
+  for (const std::string_view word : words) {
+    if (word.find_first_not_of("ACDEFGHIKLMNPQRSTVWYXacdefghiklmnpqrstvwyx*") != std::string_view::npos)
+      return false;
+    letters += word.size();
+  }
+  return letters >= 10 && (words.size() == 1 || words[0].size() >= 5);
+}
+
 /// "T7 CA 13C 61.9 ...": nucleus in the third column.
 bool isSparkyRow(const std::vector<std::string_view>& words) {
   if (words.size() < 4 || !wholeNumber(words[3])) return false;
-  return words[2] == "1H" || words[2] == "13C" || words[2] == "15N";
+  return words[2] == "1H" || words[2] == "13C" || words[2] == "15N" || words[2] == "2H" || words[2] == "31P";
 }
 
 Format fromFirstLine(std::string_view line, const std::vector<std::string_view>& words) {
@@ -73,7 +61,14 @@ Format fromFirstLine(std::string_view line, const std::vector<std::string_view>&
     return Format::Shifty;
   }
   if (line.starts_with('>')) return Format::Fasta;
-  if (first == "GROUP" && words.size() >= 4) return Format::Sparky;
+  if (first == "GROUP" && words.size() >= 4 && text::upper(words[1]) == "ATOM") return Format::Sparky;
+  if (first == "SHIFT_FL_FRMT" || first == "RES_ID") return Format::Pipp;
+  // Sparky's peak lists begin with Assignment w1 w2, NMRView's with the names of their columns.
+  const bool frequencies =
+      words.size() >= 3 && text::upper(words[1]) == "W1" && text::upper(words[2]) == "W2";
+  const bool view = first == "LABEL" && words.size() >= 3 && text::upper(words[1]) == "DATASET";
+  if ((first == "ASSIGNMENT" && frequencies) || view || line.starts_with("# Number of dimensions"))
+    return Format::PeakList;
   return Format::Unknown;
 }
 
@@ -81,6 +76,8 @@ Format fromDataLine(const std::vector<std::string_view>& words) {
   if (isXeasyRow(words)) return Format::Xeasy;
   if (isSparkyRow(words)) return Format::Sparky;
   if (isXeasySequenceRow(words)) return Format::XeasySequence;
+  if (isLacsRow(words)) return Format::Lacs;
+  if (isLetterRow(words)) return Format::Fasta;
   return Format::Delimited;
 }
 
@@ -103,18 +100,16 @@ const std::vector<std::string>& formatNames() {
 }
 
 Format recognise(std::string_view text) {
+  if (star::looksLikeStar(text)) return Format::Star;
   Format found = Format::Unknown;
-  bool star = false;
   forEachLine(text, [&](int, std::string_view line) {
     const auto words = text::split_WhiteSpace(line);
     if (words.empty()) return true;
-    star = looksLikeStar(words[0]);
-    if (star) return false;
     found = fromFirstLine(line, words);
     if (found == Format::Unknown && words[0][0] != '#' && words[0][0] != '!') found = fromDataLine(words);
     return found == Format::Unknown;
   });
-  return star ? starDialect(text) : found;
+  return found;
 }
 
 }  // namespace convert

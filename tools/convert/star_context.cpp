@@ -19,7 +19,7 @@ void addFact(Entry& entry, const std::string& fact) {
 
 void readConditions(const Frame& frame, Entry& entry) {
   const Loop* loop = frame.loopWith("_Sample_condition_variable.Val");
-  if (loop == nullptr) return;
+  if (loop == nullptr || !loop->fault.text.empty()) return;
   const int type = loop->column("_Sample_condition_variable.Type");
   const int value = loop->column("_Sample_condition_variable.Val");
   const int units = loop->column("_Sample_condition_variable.Val_units");
@@ -35,7 +35,7 @@ void readConditions(const Frame& frame, Entry& entry) {
 
 void readReferencing(const Frame& frame, Entry& entry) {
   const Loop* loop = frame.loopWith("_Chem_shift_ref.Mol_common_name");
-  if (loop == nullptr) return;
+  if (loop == nullptr || !loop->fault.text.empty()) return;
   const int atom = loop->column("_Chem_shift_ref.Atom_type");
   const int molecule = loop->column("_Chem_shift_ref.Mol_common_name");
   std::string fact;
@@ -47,7 +47,7 @@ void readReferencing(const Frame& frame, Entry& entry) {
 
 void readLabelling(const Frame& frame, Entry& entry) {
   const Loop* loop = frame.loopWith("_Sample_component.Isotopic_labeling");
-  if (loop == nullptr) return;
+  if (loop == nullptr || !loop->fault.text.empty()) return;
   const int labelling = loop->column("_Sample_component.Isotopic_labeling");
   const int entity = loop->column("_Sample_component.Entity_ID");
   for (std::size_t row = 0; row < loop->rows(); ++row) {
@@ -64,10 +64,12 @@ void readStarContext(const star::Document& document, Entry& entry) {
     if (!version.empty()) entry.format = "NMR-STAR " + version;
     const std::string id = frame.text("_Entry.ID");
     if (!id.empty()) addFact(entry, "Entry " + id);
+    if (entry.title.empty()) entry.title = frame.text("_Entry.Title");
     readConditions(frame, entry);
     readReferencing(frame, entry);
     readLabelling(frame, entry);
   }
+  if (entry.title.empty()) entry.title = document.blocks.front();
 }
 
 }  // namespace convert

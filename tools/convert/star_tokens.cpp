@@ -66,8 +66,9 @@ Token Tokenizer::quoted(char quote) {
       return token;
     }
   }
-  log_.error(line_, std::string("no closing ") + quote + " on this line");
-  token.kind = TokenKind::Broken;
+  // A quote that nothing closes is read as a letter; whoever needs the value finds it marked.
+  token = word();
+  token.unclosed = true;
   return token;
 }
 
@@ -80,6 +81,7 @@ Token Tokenizer::word() {
   if (equalsIgnoringCase(word, "stop_")) return {TokenKind::Stop, "", line_, false};
   if (equalsIgnoringCase(word, "save_")) return {TokenKind::SaveEnd, "", line_, false};
   if (hasPrefix(word, "save_")) return {TokenKind::SaveBegin, std::string(word.substr(5)), line_, false};
+  if (equalsIgnoringCase(word, "global_")) return {TokenKind::Data, "global", line_, false};
   if (hasPrefix(word, "data_")) return {TokenKind::Data, std::string(word.substr(5)), line_, false};
   return {TokenKind::Value, std::string(word), line_, false};
 }

@@ -15,6 +15,7 @@ struct Token {
   std::string text;  ///< of a keyword: the name after its prefix
   int line = 0;
   bool quoted = false;
+  bool unclosed = false;  ///< begins with a quote that no quote on the line closes
 };
 
 class Tokenizer {

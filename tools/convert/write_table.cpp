@@ -4,30 +4,35 @@
 
 #include "common/files.h"
 #include "convert/conversion.h"
+#include "convert/names.h"
 #include "tables/GDB.h"
+#include "tables/text.h"
 
 namespace convert {
 
 namespace {
 
-constexpr int kLeastDecimals = 3, kMostDecimals = 6;
+constexpr int kLeastDecimals = 3, kMostDecimals = 14;
 
 /// One line without control characters.
-std::string oneLine(const std::string& text) {
-  std::string result;
-  for (const char c : text) result += static_cast<unsigned char>(c) < ' ' ? ' ' : c;
-  return result;
+std::string oneLine(std::string_view text) {
+  return tools::printable(text::simplifyWhiteSpace(text));
 }
 
-/// Digits after the point that the values need.
+/// Digits after the point that a value needs, written as 54.45 or as 5.445e+01.
+int decimalsOf(const std::string& text) {
+  const std::size_t end = std::min(text.find_first_of("eE"), text.size());
+  const std::size_t point = std::min(text.find('.'), end);
+  const std::size_t last = text.find_last_not_of("0. ", end == 0 ? 0 : end - 1);
+  const int digits =
+      point < end && last != std::string::npos && last > point ? static_cast<int>(last - point) : 0;
+  const int exponent = end < text.size() ? wholeInteger(text.substr(end + 1)).value_or(0) : 0;
+  return digits - exponent;
+}
+
 int decimals(const std::vector<TableRow>& rows) {
   int most = kLeastDecimals;
-  for (const TableRow& row : rows) {
-    const std::size_t point = row.text.find('.');
-    if (point == std::string::npos || row.text.find_first_of("eE") != std::string::npos) continue;
-    const std::size_t last = row.text.find_last_not_of("0 ");
-    if (last > point) most = std::max(most, static_cast<int>(last - point));
-  }
+  for (const TableRow& row : rows) most = std::max(most, decimalsOf(row.text));
   return std::min(most, kMostDecimals);
 }
 
@@ -43,6 +48,7 @@ std::vector<std::string> sequenceLines(const std::string& sequence) {
 
 void fillTable(const Conversion& conversion, const Log& log, GDB& table) {
   for (const std::string& line : reportLines(conversion)) table.addRemark(oneLine(line));
+  for (const std::string& mark : conversion.marks) table.addRemark(oneLine(mark));
   for (const tools::Message& message : log.messages()) {
     if (message.severity == tools::Severity::Warning)
       table.addRemark(oneLine("Warning: " + tools::describe(message)));
@@ -74,11 +80,14 @@ std::string writeTable(const Conversion& conversion, const Log& log, const std::
 std::vector<std::string> reportLines(const Conversion& conversion) {
   std::vector<std::string> lines = conversion.remarks;
   std::string taken, renamed;
+  std::size_t total = 0;
   for (const char* atom : {"N", "HN", "HA", "HA2", "HA3", "C", "CA", "CB"}) {
     const auto it = conversion.taken.find(atom);
-    if (it != conversion.taken.end()) taken += std::string(", ") + atom + " " + std::to_string(it->second);
+    if (it == conversion.taken.end()) continue;
+    total += it->second;
+    taken += std::string(", ") + atom + " " + std::to_string(it->second);
   }
-  lines.push_back("Taken: " + std::to_string(conversion.rows.size()) + " shifts" +
+  lines.push_back("Taken: " + (total == 0 ? "no" : std::to_string(total)) + " shifts" +
                   (taken.empty() ? "" : " (" + taken.substr(2) + ")") + " of " +
                   std::to_string(conversion.sequence.size()) + " residues, first residue " +
                   std::to_string(conversion.firstResid));

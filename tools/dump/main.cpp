@@ -17,13 +17,14 @@
 #include <memory>
 #include <sstream>
 
+#include "base/maps.h"
 #include "common/installation.h"
 #include "driver/ORBEL.h"
 #include "driver/command_line.h"
-#include "driver/maps.h"
 #include "table_image.h"
 #include "table_times.h"
 #include "tables/OutputFile.h"
+#include "tables/output_text.h"
 #include "tables/programFrame.h"
 #include "tables/text.h"
 #include "tables/wholeFile.h"
@@ -65,7 +66,7 @@ std::unique_ptr<ORBEL> configure(const Job& job) {
   std::vector<char*> argv;
   argv.reserve(words.size());
   for (std::string& word : words) argv.push_back(word.data());
-  run->setArgs(parseCommandLine(static_cast<int>(argv.size()), argv.data(), *run).options);
+  run->setArgs(parseCommandLine(static_cast<int>(argv.size()), argv.data(), run->acceptedOptions).options);
   run->inputFile = job.input;  // not through -in: paths may hold hyphens
   run->predPrefix = job.output + ".";
   return run;
@@ -90,7 +91,7 @@ void prepare(ORBEL& run, std::shared_ptr<const TripletLibrary>& library) {
 }
 
 void appendNumbers(std::string& line, const double* values, std::size_t count) {
-  for (std::size_t i = 0; i < count; ++i) line += '\t' + ORBEL::cellText(values[i]);
+  for (std::size_t i = 0; i < count; ++i) line += '\t' + cellText(values[i]);
 }
 
 void dumpInputs(ORBEL& run, std::ostream& out) {
@@ -113,7 +114,7 @@ void dumpFragments(const ORBEL& run, int resid, std::ostream& out) {
     std::string line = std::to_string(resid) + '\t' + valueOr(run.sequence, resid) + '\t' +
                        std::to_string(++rank) + '\t' + std::to_string(entry) + '\t' +
                        run.fragmentDatabase->source(entry) + '\t' +
-                       ORBEL::cellText(static_cast<double>(run.fragmentDatabase->angles(entry)[2]));
+                       cellText(static_cast<double>(run.fragmentDatabase->angles(entry)[2]));
     const std::vector<double> input = run.chi1NetworkInput(resid, entry);
     appendNumbers(line, input.data(), input.size());
     out << line << '\n';
@@ -131,8 +132,7 @@ void dumpChi1(ORBEL& run, std::ostream& out) {
   for (int resid = run.firstResidOption; resid <= run.lastResidOption; ++resid) {
     if (!run.isSearchable(resid) || !run.checkCSCompleteness(resid)) continue;
     dumpFragments(run, resid, out);
-    run.searchDB2(resid, run.firstPassMatches[resid], run.firstPassSameType[resid]);
-    if (valueOr(run.predCount, resid) < run.topCount) run.storeConsensus(resid);
+    run.refineResidue(resid);
   }
   if (run.fragmentDatabase->intact()) return;
   std::cerr << "orbeln-dump: the image of " << run.databaseFile << " was written to during the search\n";

@@ -45,7 +45,7 @@ std::optional<image::Parts> databaseParts(const fs::path& file) {
   run.buildSourceIndex();
   const DB& db = *run.fragmentDatabase;
   if (db.entryCount < 1 || db.entryCount >= db.maxDBSize) return std::nullopt;
-  return encodeDatabase(db, ScreenIndex(run));
+  return encodeDatabase(db, ScreenIndex(db, run.sourceRanges()));
 }
 
 std::optional<image::Parts> tripletParts(const fs::path& file) {

@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "restraints/table_file.h"
+#include "common/numbers.h"
 #include "tables/text.h"
 
 namespace report {
@@ -22,7 +22,7 @@ constexpr std::string_view kEstimate = "Estimated Referencing Offset for ";
 /// Number at the start of a word, a unit behind it allowed ("0.031ppm").
 bool leadingNumber(std::string_view word, double& value) {
   const std::size_t end = word.find_first_not_of("+-.0123456789eE");
-  return restraints::parseNumber(word.substr(0, end), value);
+  return tools::parseNumber(word.substr(0, end), value);
 }
 
 /// "  12 K  CA Secondary Shift:  9.120    Limit:  6.000 !"
@@ -30,7 +30,7 @@ bool readOutlier(const std::vector<std::string_view>& words, Outlier& outlier) {
   if (words.size() < 8 || words[3] != "Secondary" || words[4] != "Shift:" || words[6] != "Limit:")
     return false;
   double resid = 0;
-  if (!restraints::parseNumber(words[0], resid) || !leadingNumber(words[5], outlier.shift) ||
+  if (!tools::parseNumber(words[0], resid) || !leadingNumber(words[5], outlier.shift) ||
       !leadingNumber(words[7], outlier.limit) || resid < -1e6 || resid > 1e6) {
     return false;
   }
@@ -47,7 +47,7 @@ bool readEstimate(std::string_view rest, ReferencingOffset& offset) {
   if (words.size() < 3 || words[1] != "+/-") return false;
   double shifts = 0;
   if (!leadingNumber(words[0], offset.offset) || !leadingNumber(words[2], offset.error)) return false;
-  if (words.size() >= 5 && restraints::parseNumber(words[4], shifts) && shifts > 0 && shifts < 1e6) {
+  if (words.size() >= 5 && tools::parseNumber(words[4], shifts) && shifts > 0 && shifts < 1e6) {
     offset.shifts = static_cast<int>(shifts);
   }
   return true;
@@ -143,7 +143,7 @@ void readAppliedOffset(const std::string& remark, CheckResult& result) {
   if (phrase == std::string_view::npos) return;
   ReferencingOffset offset;
   offset.applied = true;
-  if (!restraints::parseNumber(text::trim(line.substr(0, phrase)), offset.offset)) return;
+  if (!tools::parseNumber(text::trim(line.substr(0, phrase)), offset.offset)) return;
   for (const auto& [isotopes, nuclei] : kNuclei) {
     if (line.find(isotopes) == std::string_view::npos) continue;
     offset.nuclei = nuclei;

@@ -30,7 +30,7 @@ std::string quoted(std::string_view s) {
 }
 
 std::string number(double value, int decimals) {
-  return value < restraints::kMissing && value > -1e9 ? fixed(value, decimals) : "null";
+  return value < predictions::kMissing && value > -1e9 ? fixed(value, decimals) : "null";
 }
 
 std::string number(const std::optional<double>& value, int decimals) {
@@ -65,7 +65,7 @@ std::string array(const List& list, const std::string& separator, Write write) {
 
 void addTorsions(Object& object, const Residue& r) {
   const bool predicted = r.hasPrediction();
-  const restraints::TorsionRow row = r.torsion.value_or(restraints::TorsionRow{});
+  const predictions::TorsionRow row = r.torsion.value_or(predictions::TorsionRow{});
   const auto cell = [&](double value) { return predicted ? number(value, 3) : "null"; };
   object.add("phi", cell(row.phi)).add("psi", cell(row.psi));
   object.add("dphi", cell(row.dphi)).add("dpsi", cell(row.dpsi)).add("dist", cell(row.dist));
@@ -90,7 +90,7 @@ std::string structureObject(const Residue& r) {
 /// `angle` as in the table; `torsion` is N-CA-CB-XG, which differs for valine.
 std::string chi1Object(const Residue& r) {
   if (!r.chi1) return "null";
-  const restraints::Chi1Row& row = *r.chi1;
+  const predictions::Chi1Row& row = *r.chi1;
   const bool predicted = row.hasAngle();
   return Object()
       .add("gm", number(row.gm, 3))
@@ -113,7 +113,7 @@ std::string residueObject(const Residue& r, const ReportData& data) {
   }
   if (data.hasShifts) {
     Object shifts;
-    for (std::size_t k = 0; k < kAtoms.size(); ++k) shifts.add(kAtoms[k], number(r.shifts[k], 3));
+    for (std::size_t k = 0; k < kAtoms.size(); ++k) shifts.add(kAtoms[k], number(r.secondaryShifts[k], 3));
     object.add("secondary_shifts", shifts.finish());
   }
   if (data.hasReference || r.referenceChi1) {

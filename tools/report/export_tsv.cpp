@@ -11,7 +11,8 @@ namespace {
 constexpr const char* kHeader =
     "resid\tresname\tclass\tphi\tpsi\tdphi\tdpsi\tdist\tcount\tcs_count\ts2\tss_class\tss_confidence\tss_h\t"
     "ss_e\tss_l\tchi1_class\tchi1\tdchi1\tchi1_torsion\tchi1_gm\tchi1_gp\tchi1_t\tclusters\tcluster1_share\t"
-    "shift_N\tshift_HA\tshift_C\tshift_CA\tshift_CB\tshift_HN\tref_phi\tref_psi\tref_chi1\n";
+    "secondary_shift_N\tsecondary_shift_HA\tsecondary_shift_C\tsecondary_shift_CA\tsecondary_shift_"
+    "CB\tsecondary_shift_HN\tref_phi\tref_psi\tref_chi1\n";
 
 /// Cells of one row.
 class Row {
@@ -21,7 +22,7 @@ class Row {
     line += cell;
   }
   void number(double value, int decimals) {
-    text(value < restraints::kMissing && value > -1e9 ? fixed(value, decimals) : "");
+    text(value < predictions::kMissing && value > -1e9 ? fixed(value, decimals) : "");
   }
   void number(const std::optional<double>& value, int decimals) {
     if (value) return number(*value, decimals);
@@ -83,7 +84,7 @@ std::string tsvExport(const ReportData& data) {
     addChi1(row, r);
     row.text(r.boxes ? std::to_string(r.boxes->clusters) : "");
     row.number(r.boxes && r.boxes->clusters > 0 ? std::optional<double>(r.boxes->topShare) : std::nullopt, 3);
-    for (const std::optional<double>& shift : r.shifts) row.number(shift, 3);
+    for (const std::optional<double>& shift : r.secondaryShifts) row.number(shift, 3);
     row.number(r.referencePhi, 1);
     row.number(r.referencePsi, 1);
     row.number(r.referenceChi1, 1);

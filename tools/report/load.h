@@ -1,4 +1,4 @@
-// Reads the output tables of a run into the report's records.
+// The tables of a run, the check's findings and the reference structure as the report's data.
 #pragma once
 
 #include <optional>

@@ -1,6 +1,7 @@
 // The report page: summary on top, then one section per kind of result.
 #include "report/page.h"
 
+#include <map>
 #include <string>
 #include <string_view>
 
@@ -105,31 +106,34 @@ std::vector<Section> sections(const ReportData& data) {
   };
 }
 
-const char* const kNotes =
-    "<p>Classes: Strong and Generous, the database matches agree; Warn, they do not; Dyn, the residue looks "
-    "flexible; Bad, far from the reference structure; None, no prediction.</p>\n";
+/// `skeleton` with every {{name}} replaced by its part.
+std::string fill(std::string_view skeleton, const std::map<std::string_view, std::string>& parts) {
+  std::string out;
+  for (std::size_t open; (open = skeleton.find("{{")) != std::string_view::npos;) {
+    const std::size_t close = skeleton.find("}}", open);
+    out.append(skeleton.substr(0, open)).append(parts.at(skeleton.substr(open + 2, close - open - 2)));
+    skeleton.remove_prefix(close + 2);
+  }
+  return out.append(skeleton);
+}
 
 }  // namespace
 
 std::string htmlPage(const ReportData& data) {
-  const std::vector<Section> all = sections(data);
-  std::string out =
-      "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
-      "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n<title>" +
-      escapeHtml(data.title) + ": torsion angles from chemical shifts</title>\n<style>" + kStyle +
-      "</style>\n</head>\n<body>\n<main>\n";
-  out += header(data) + summaryList(data) + "<nav>\n";
-  for (const Section& section : all) {
-    if (section.shown) out += std::string("<a href=\"#") + section.id + "\">" + section.title + "</a>\n";
-  }
-  out += "</nav>\n";
-  for (const Section& section : all) {
+  std::string navigation, content;
+  for (const Section& section : sections(data)) {
     if (!section.shown) continue;
-    out += std::string("<section>\n<h2 id=\"") + section.id + "\">" + section.title + "</h2>\n";
-    out += section.intro + section.content(data) + "</section>\n";
+    const std::string id = std::string(section.id) + "\">" + section.title;
+    navigation += "<a href=\"#" + id + "</a>\n";
+    content += "<section>\n<h2 id=\"" + id + "</h2>\n";
+    content += section.intro + "<div class=\"scroll\">" + section.content(data) + "</div>\n</section>\n";
   }
-  out += std::string("<footer>\n") + kNotes + "<p>Made by orbeln-report " ORBELN_VERSION ".</p>\n</footer>\n";
-  return out + "</main>\n</body>\n</html>\n";
+  return fill(kSkeleton, {{"title", escapeHtml(data.title)},
+                          {"style", kStyle},
+                          {"header", header(data) + summaryList(data)},
+                          {"navigation", navigation},
+                          {"sections", content},
+                          {"version", ORBELN_VERSION}});
 }
 
 }  // namespace report

@@ -10,7 +10,8 @@ namespace report {
 /// One self-contained HTML document.
 std::string htmlPage(const ReportData& data);
 
-/// The style sheet, light and dark, screen and print.
+/// page.html, with {{names}} where the parts go, and page.css.
+extern const char* const kSkeleton;
 extern const char* const kStyle;
 
 }  // namespace report

@@ -14,12 +14,9 @@ namespace report {
 
 namespace {
 
-enum Status : int { kDone = 0, kFailed = 1, kWrongCommandLine = 2 };
-
-int fail(std::ostream& err, const std::string& message, Status status) {
-  err << "orbeln-report: " << message << "\n";
-  if (status == kWrongCommandLine) err << "Try 'orbeln-report --help'.\n";
-  return status;
+int fail(std::ostream& err, const std::string& message) {
+  err << program().name << ": " << message << "\n";
+  return 1;
 }
 
 /// Every output is ready in memory before the first is written.
@@ -43,17 +40,20 @@ bool writeOutputs(const ReportData& data, const Options& options, std::ostream& 
 
 int runProgram(const std::vector<std::string>& words, std::ostream& out, std::ostream& err) {
   const tools::Arguments arguments = tools::parseArguments(program(), words);
-  if (tools::answerHelp(program(), arguments, out)) return kDone;
+  if (tools::answerHelp(program(), arguments, out)) return 0;
   Options options;
   std::string error = readOptions(arguments, options);
-  if (!error.empty()) return fail(err, error, kWrongCommandLine);
+  if (!error.empty()) return tools::usageError(program(), error, err);
   const auto data = loadReport(options, error);
-  if (!data) return fail(err, error, kFailed);
-  if (!writeOutputs(*data, options, out, error)) return fail(err, error, kFailed);
+  if (!data) return fail(err, error);
+  if (!writeOutputs(*data, options, out, error)) return fail(err, error);
+  if (!data->referenceProblem.empty()) {
+    err << program().name << ": warning: " << data->referenceProblem << ": no comparison\n";
+  }
   if (!options.quiet) {
     for (const std::string& name : data->missing) err << name << " not found: left out\n";
   }
-  return kDone;
+  return 0;
 }
 
 }  // namespace report

@@ -92,7 +92,7 @@ std::string matchPath(const Residue& r, bool inCluster) {
 }
 
 void drawPrediction(Svg& svg, const Residue& r) {
-  const restraints::TorsionRow& t = *r.torsion;
+  const predictions::TorsionRow& t = *r.torsion;
   std::string bars;
   for (const AngleSpan& span : angleSpans(t.phi, t.dphi)) {
     bars += "M" + coordinate(xOf(span.from)) + " " + coordinate(yOf(t.psi)) + "H" + coordinate(xOf(span.to));
@@ -111,7 +111,7 @@ void drawReference(Svg& svg, double x, double y) {
 std::string tooltip(const Residue& r) {
   std::string tip = residueName(r);
   if (r.hasPrediction()) {
-    const restraints::TorsionRow& t = *r.torsion;
+    const predictions::TorsionRow& t = *r.torsion;
     tip += ": phi " + fixed(t.phi, 1) + " ± " + fixed(t.dphi, 1) + "°, psi " + fixed(t.psi, 1) + " ± " +
            fixed(t.dpsi, 1) + "°";
   }

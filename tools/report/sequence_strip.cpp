@@ -56,7 +56,7 @@ void drawStructure(Svg& svg, const StripRow& row) {
   const Panel panel{kConfidenceTop, kConfidenceHeight, 0, 1};
   svg.line(kLeftMargin, kConfidenceTop + kConfidenceHeight, row.right(), kConfidenceTop + kConfidenceHeight,
            "grid");
-  svg.text(kLeftMargin - 7, kConfidenceTop + 16, "conf. 0 to 1", "tick", "end");
+  svg.text(kLeftMargin - 7, kConfidenceTop + 16, "conf. 0–1", "tick", "end");
   for (std::size_t k = 0; k < row.residues.size(); ++k) {
     const Residue& r = row.residues[k];
     if (!r.ss) continue;

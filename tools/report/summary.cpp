@@ -5,8 +5,8 @@
 #include <cmath>
 #include <string_view>
 
+#include "predictions/names.h"
 #include "report/svg.h"
-#include "restraints/select.h"
 
 namespace report {
 
@@ -25,13 +25,23 @@ double median(std::vector<double> values) {
 
 Statement classStatement(const ReportData& data) {
   const auto counts = countClasses(data);
-  const int strong = counts[0].second, generous = counts[1].second;
+  std::vector<int> bad;
+  int strong = counts[0].second, generous = counts[1].second;
+  for (const Residue& r : data.residues) {
+    if (!r.torsion || r.torsion->className != "Bad") continue;
+    bad.push_back(r.resid);
+    ++(r.torsion->ownClass() == "Strong" ? strong : generous);
+  }
   const auto all = static_cast<int>(data.residues.size());
   std::string text = std::to_string(strong) + " of " + plural(all, "residue is", "residues are") +
                      " Strong and " + std::to_string(generous) + " Generous: phi and psi of these " +
                      std::to_string(strong + generous) + " can be used.";
+  if (!bad.empty()) {
+    text += " Among them, class Bad because far from the reference structure: residues " +
+            predictions::residueRanges(bad) + ".";
+  }
   std::string others;
-  for (std::size_t k = 2; k < counts.size(); ++k) {
+  for (const std::size_t k : {2U, 3U, 5U}) {
     if (counts[k].second == 0) continue;
     others += (others.empty() ? "" : ", ") + std::to_string(counts[k].second) + " " + counts[k].first;
   }
@@ -117,9 +127,9 @@ void addFlexibility(const ReportData& data, std::vector<Statement>& out) {
     if (r.torsion && r.torsion->className == "Dyn") flexible.push_back(r.resid);
   }
   if (flexible.empty()) return;
-  out.push_back(
-      {"Flexible by the random coil index (class Dyn): residues " + restraints::residueRanges(flexible) + ".",
-       false});
+  out.push_back({"Flexible by the random coil index (class Dyn): residues " +
+                     predictions::residueRanges(flexible) + ".",
+                 false});
 }
 
 void addChi1(const ReportData& data, std::vector<Statement>& out) {
@@ -135,26 +145,36 @@ void addChi1(const ReportData& data, std::vector<Statement>& out) {
                  false});
 }
 
+/// Every reliable residue counts, also where the run called it Bad for its distance from the reference.
 void addReference(const ReportData& data, std::vector<Statement>& out) {
+  constexpr double kFar = 60;  // degrees in phi and psi together, where class Bad begins in populated regions
+  if (!data.referenceProblem.empty()) {
+    out.push_back({"Not compared with the reference structure: " + data.referenceProblem + ".", true});
+  }
   if (!data.hasReference) return;
   int compared = 0, close = 0;
   double phiSum = 0, psiSum = 0;
+  std::vector<int> far;
   for (const Residue& r : data.residues) {
     if (!r.isReliable() || !r.referencePhi || !r.referencePsi) continue;
     const double phi = angleDifference(r.torsion->phi, *r.referencePhi);
     const double psi = angleDifference(r.torsion->psi, *r.referencePsi);
     ++compared;
     close += std::fabs(phi) <= 30 && std::fabs(psi) <= 30 ? 1 : 0;
+    if (std::hypot(phi, psi) >= kFar) far.push_back(r.resid);
     phiSum += phi * phi;
     psiSum += psi * psi;
   }
   if (compared == 0) return;
+  const std::string disagreeing =
+      far.empty() ? "."
+                  : "; 60° or more away in both together: residues " + predictions::residueRanges(far) + ".";
   out.push_back({"Against the reference " + data.referenceTitle + ", " + std::to_string(close) + " of " +
                      plural(compared, "reliable residue lies", "reliable residues lie") +
                      " within 30° in both angles; root mean square difference " +
                      fixed(std::sqrt(phiSum / compared), 1) + "° in phi and " +
-                     fixed(std::sqrt(psiSum / compared), 1) + "° in psi.",
-                 false});
+                     fixed(std::sqrt(psiSum / compared), 1) + "° in psi" + disagreeing,
+                 !far.empty()});
 }
 
 }  // namespace
@@ -184,16 +204,18 @@ std::vector<Outlier> unusualShifts(const ReportData& data) {
   for (std::size_t atom = 0; atom < kAtoms.size(); ++atom) {
     std::vector<double> values, deviations;
     for (const Residue& r : data.residues) {
-      if (r.shifts[atom]) values.push_back(*r.shifts[atom]);
+      if (r.secondaryShifts[atom]) values.push_back(*r.secondaryShifts[atom]);
     }
     if (values.size() < kFewest) continue;
     const double centre = median(values);
     for (const double value : values) deviations.push_back(std::fabs(value - centre));
     const double bound = kBound * kRobust * median(deviations);
     for (const Residue& r : data.residues) {
-      if (bound <= 0 || !r.shifts[atom] || std::fabs(*r.shifts[atom] - centre) <= bound) continue;
-      const double limit = *r.shifts[atom] > centre ? centre + bound : centre - bound;
-      found.push_back({r.resid, std::string(1, r.code), kAtoms[atom], *r.shifts[atom], limit, false});
+      if (bound <= 0 || !r.secondaryShifts[atom] || std::fabs(*r.secondaryShifts[atom] - centre) <= bound)
+        continue;
+      const double limit = *r.secondaryShifts[atom] > centre ? centre + bound : centre - bound;
+      found.push_back(
+          {r.resid, std::string(1, r.code), kAtoms[atom], *r.secondaryShifts[atom], limit, false});
     }
   }
   std::stable_sort(found.begin(), found.end(),

@@ -15,7 +15,7 @@ class HtmlTable {
  public:
   /// Column titles; those that begin with '<' are left-aligned.
   explicit HtmlTable(const std::vector<std::string>& titles) {
-    out = "<div class=\"scroll\"><table>\n<thead><tr>";
+    out = "<table>\n<thead><tr>";
     for (const std::string& title : titles) {
       const bool left = title[0] == '<';
       out += left ? "<th class=\"l\" scope=\"col\">" : "<th scope=\"col\">";
@@ -37,7 +37,7 @@ class HtmlTable {
     out.append(escapeHtml(content)).append("</span></td>");
   }
   void endRow() { out += "</tr>\n"; }
-  std::string finish() { return out + "</tbody>\n</table></div>\n"; }
+  std::string finish() { return out + "</tbody>\n</table>\n"; }
 
  private:
   std::string out;

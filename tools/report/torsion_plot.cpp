@@ -35,7 +35,7 @@ void drawAngle(Svg& svg, const Panel& panel, double x, double angle, double devi
 
 void drawResidue(Svg& svg, const Residue& r, double x) {
   if (r.hasPrediction()) {
-    const restraints::TorsionRow& t = *r.torsion;
+    const predictions::TorsionRow& t = *r.torsion;
     const std::string name = residueName(r) + " " + t.className;
     drawAngle(svg, kPhi, x, t.phi, t.dphi, classStyle(r),
               name + ": phi " + fixed(t.phi, 1) + " ± " + fixed(t.dphi, 1) + "°");

@@ -2,12 +2,13 @@
 #include "restraints/coordinates.h"
 
 #include <array>
-#include <charconv>
 #include <filesystem>
 #include <fstream>
 #include <string_view>
 
-#include "restraints/prediction.h"
+#include "common/numbers.h"
+#include "common/residue_variants.h"
+#include "predictions/names.h"
 #include "tables/text.h"
 
 namespace restraints {
@@ -20,33 +21,10 @@ std::string field(const std::string& line, std::size_t from, std::size_t to) {
   return std::string(text::trim(std::string_view(line).substr(from - 1, to - from + 1)));
 }
 
-bool wholeNumber(const std::string& word, int& value) {
-  const auto [stop, status] = std::from_chars(word.data(), word.data() + word.size(), value);
-  return status == std::errc{} && stop == word.data() + word.size();
-}
-
-/// Names that force fields give to protonation and bonding states.
+/// The plain name behind those that force fields give to states of a residue.
 std::string plainName(const std::string& name) {
-  using Names = std::pair<std::string_view, std::string_view>;
-  static constexpr std::array<Names, 17> kStates = {{{"HID", "HIS"},
-                                                     {"HIE", "HIS"},
-                                                     {"HIP", "HIS"},
-                                                     {"HSD", "HIS"},
-                                                     {"HSE", "HIS"},
-                                                     {"HSP", "HIS"},
-                                                     {"HISA", "HIS"},
-                                                     {"HISB", "HIS"},
-                                                     {"HISH", "HIS"},
-                                                     {"CYX", "CYS"},
-                                                     {"CYM", "CYS"},
-                                                     {"CYS2", "CYS"},
-                                                     {"CYSH", "CYS"},
-                                                     {"ASH", "ASP"},
-                                                     {"GLH", "GLU"},
-                                                     {"LYN", "LYS"},
-                                                     {"LYSH", "LYS"}}};
-  for (const auto& [state, plain] : kStates) {
-    if (name == state) return std::string(plain);
+  if (const tools::ResidueVariant* variant = tools::findResidueVariant(name)) {
+    return predictions::threeLetterName(variant->parent);
   }
   // Terminal residues carry N or C in front in some force fields (NMET, CGLY).
   if (name.size() == 4 && (name[0] == 'N' || name[0] == 'C')) return plainName(name.substr(1));
@@ -60,7 +38,7 @@ bool isHydrogen(const std::string& atomName) {
 
 }  // namespace
 
-void CoordinateFile::add(int resid, std::string atomName, std::string residueName) {
+void CoordinateFile::add(const std::string& resid, std::string atomName, std::string residueName) {
   hydrogens = hydrogens || isHydrogen(atomName);
   atoms[{resid, std::move(atomName)}].push_back({++count, std::move(residueName)});
 }
@@ -76,22 +54,22 @@ bool CoordinateFile::readPdbLine(const std::string& line, const std::string& cha
   }
   int resid = 0;
   const std::string name = field(line, 13, 16);
-  if (name.empty() || !wholeNumber(field(line, 23, 26), resid)) {
+  if (name.empty() || !tools::parseInteger(field(line, 23, 26), resid)) {
     error = "an atom record without atom name or residue number";
     return false;
   }
-  add(resid, name, field(line, 18, 21));
+  add(std::to_string(resid) + field(line, 27, 27), name, field(line, 18, 21));
   return true;
 }
 
 bool CoordinateFile::readGroLine(const std::string& line, std::string& error) {
   int resid = 0;
   const std::string name = field(line, 11, 15);
-  if (name.empty() || !wholeNumber(field(line, 1, 5), resid)) {
+  if (name.empty() || !tools::parseInteger(field(line, 1, 5), resid)) {
     error = "an atom line without atom name or residue number";
     return false;
   }
-  add(resid, name, field(line, 6, 10));
+  add(std::to_string(resid), name, field(line, 6, 10));
   return true;
 }
 
@@ -122,7 +100,7 @@ std::optional<Lines> readLines(const std::string& path, std::string& error) {
 /// Atom count of a .gro file; -1 when the second line holds none or the file is cut short.
 int groAtoms(const Lines& lines) {
   int expected = -1;
-  if (lines.text.size() < 2 || !wholeNumber(field(lines.text[1], 1, 20), expected)) return -1;
+  if (lines.text.size() < 2 || !tools::parseInteger(field(lines.text[1], 1, 20), expected)) return -1;
   const auto rows = static_cast<std::size_t>(expected < 0 ? 0 : expected);
   return expected >= 1 && lines.text.size() >= rows + 2 ? expected : -1;
 }
@@ -164,22 +142,25 @@ std::optional<CoordinateFile> CoordinateFile::load(const std::string& path, cons
   return std::nullopt;
 }
 
-int CoordinateFile::find(const RestraintAtom& atom, int resid, std::string& error) const {
-  const std::string wanted = threeLetterName(atom.code);
-  const std::string place = "residue " + std::to_string(resid) + " atom " + atom.name;
+int CoordinateFile::find(const RestraintAtom& atom, const std::string& resid, const std::string& name,
+                         std::string& error) const {
+  const std::string wanted = predictions::threeLetterName(atom.code);
+  const std::string place = "residue " + resid + " atom " + atom.name;
   const auto found = atoms.find({resid, atom.name});
   if (found == atoms.end()) {
-    error = file + ": " + place + " (" + wanted + ") is not there";
+    error = file + ": " + place + " (" + name + ") is not there";
     return 0;
   }
   std::vector<int> numbers;
   for (const CoordinateAtom& candidate : found->second) {
-    if (wanted == "UNK" || plainName(candidate.residueName) == wanted) numbers.push_back(candidate.number);
+    const bool fits =
+        wanted == "UNK" || candidate.residueName == name || plainName(candidate.residueName) == wanted;
+    if (fits) numbers.push_back(candidate.number);
   }
   if (numbers.size() == 1) return numbers[0];
   if (numbers.empty()) {
     error = file + ": " + place + " belongs to " + found->second[0].residueName + ", the prediction has " +
-            wanted + " (see --residue-offset and --chain)";
+            name + " (see --numbers, --residue-offset and --chain)";
   } else {
     error = file + ": " + place + " occurs " + std::to_string(numbers.size()) +
             " times: name one chain with --chain or give a file with one molecule";
@@ -194,7 +175,9 @@ std::optional<AtomNumbers> CoordinateFile::match(const RestraintList& list, int 
     std::array<int, 4> row{};
     for (std::size_t k = 0; k < 4; ++k) {
       const RestraintAtom& atom = restraint.atoms[k];
-      row[k] = find(atom, atom.resid + residueOffset, error);
+      const std::string number =
+          residueOffset == 0 ? list.labels.number(atom.resid) : std::to_string(atom.resid + residueOffset);
+      row[k] = find(atom, number, list.labels.name(atom.resid, atom.code), error);
       if (row[k] == 0) return std::nullopt;
     }
     numbers.push_back(row);

@@ -28,19 +28,21 @@ class CoordinateFile {
   static std::optional<CoordinateFile> load(const std::string& path, const std::string& chain,
                                             Counting counting, std::string& error);
 
-  /// Numbers of the four atoms of every restraint; `residueOffset` is added to the restraints' residue
-  /// numbers. Empty with `error` set when an atom is missing, ambiguous or of another residue type.
+  /// Numbers of the four atoms of every restraint; with a `residueOffset` residues have the
+  /// table's numbers plus it. Empty with `error` set when an atom is missing, ambiguous or of another residue
+  /// type.
   std::optional<AtomNumbers> match(const RestraintList& list, int residueOffset, std::string& error) const;
   bool hasHydrogens() const { return hydrogens; }
 
  private:
   bool readPdbLine(const std::string& line, const std::string& chain, Counting counting, std::string& error);
   bool readGroLine(const std::string& line, std::string& error);
-  void add(int resid, std::string atomName, std::string residueName);
-  int find(const RestraintAtom& atom, int resid, std::string& error) const;
+  void add(const std::string& resid, std::string atomName, std::string residueName);
+  int find(const RestraintAtom& atom, const std::string& resid, const std::string& name,
+           std::string& error) const;
 
   std::string file;
-  std::map<std::pair<int, std::string>, std::vector<CoordinateAtom>> atoms;
+  std::map<std::pair<std::string, std::string>, std::vector<CoordinateAtom>> atoms;  ///< by number and name
   int count = 0;
   bool hydrogens = false;
 };

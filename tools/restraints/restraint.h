@@ -6,6 +6,9 @@
 #include <string>
 #include <vector>
 
+#include "restraints/input_table.h"
+#include "restraints/labels.h"
+
 namespace restraints {
 
 enum class Angle : unsigned char { Phi, Psi, Chi1 };
@@ -38,6 +41,8 @@ struct Restraint {
 struct RestraintList {
   std::vector<Restraint> restraints;
   std::map<int, char> sequence;     ///< of the whole chain
+  std::vector<InputShift> shifts;   ///< observed, of the input table; may be empty
+  Labels labels;                    ///< what the residues are called in the output
   std::vector<std::string> report;  ///< what was used and skipped and why, one statement per entry
 };
 

@@ -8,6 +8,9 @@
 #include <string>
 #include <utility>
 
+#include "common/log.h"
+#include "predictions/names.h"
+
 namespace restraints {
 
 namespace {
@@ -27,7 +30,9 @@ std::string formatted(const char* format, double value) {
 /// Collects restraints and the reasons against others.
 class Selection {
  public:
-  Selection(const TorsionTable& from, const Options& settings) : torsions(from), options(settings) {
+  Selection(const TorsionTable& from, Labels labels, const Options& settings)
+      : torsions(from), options(settings) {
+    list.labels = std::move(labels);
     list.sequence = from.sequence;
     for (const TorsionRow& row : from.rows) list.sequence.try_emplace(row.resid, row.code);
   }
@@ -45,7 +50,14 @@ class Selection {
   Restraint blank(Angle angle, int resid, char code) const;
   void add(Restraint restraint, double centre, double deviation, double floor);
   void skip(const std::string& reason, int resid) { skipped[reason].push_back(resid); }
+  std::string ranges(const std::vector<int>& residues) const {
+    return predictions::residueRanges(residues, [&](int resid) { return list.labels.number(resid); });
+  }
+  std::string classOf(const TorsionRow& row) const;
+  bool isUsable(const TorsionRow& row) const;
+  bool isNamed(const Restraint& restraint) const;
   void addAngle(Angle angle, const TorsionRow& row);
+  void reportReference();
   std::string counts() const;
 
   const TorsionTable& torsions;
@@ -53,7 +65,7 @@ class Selection {
   RestraintList list;
   std::map<std::string, std::vector<int>> skipped;
   std::map<std::string, int> usedPerClass;
-  std::vector<int> valines;
+  std::vector<int> valines, bad;
   int widened = 0, limited = 0;
 };
 
@@ -76,7 +88,26 @@ const char* gammaAtom(char code) {
 }
 
 bool hasChi1(char code) {
-  return code != 'G' && code != 'A' && code != 'X' && code != '?';
+  return code != 'G' && code != 'A' && !predictions::isUnknownType(code);
+}
+
+/// The class that decides: a reference structure has no say in it unless that was asked for.
+std::string Selection::classOf(const TorsionRow& row) const {
+  return options.dropBad || options.classes.contains("Bad") ? row.className : row.ownClass();
+}
+
+bool Selection::isUsable(const TorsionRow& row) const {
+  if (!options.classes.contains(classOf(row))) return false;
+  return options.unknownTypes || !predictions::isUnknownType(row.code);
+}
+
+/// Whether every residue that the format spells out has a name.
+bool Selection::isNamed(const Restraint& restraint) const {
+  const auto named = [&](int resid, char code) { return !list.labels.name(resid, code).empty(); };
+  if (options.format == Format::Cyana) return named(restraint.resid, restraint.code);
+  if (options.format != Format::Nef && options.format != Format::Star) return true;
+  return std::all_of(restraint.atoms.begin(), restraint.atoms.end(),
+                     [&](const RestraintAtom& atom) { return named(atom.resid, atom.code); });
 }
 
 Restraint Selection::blank(Angle angle, int resid, char code) const {
@@ -98,6 +129,9 @@ Restraint Selection::blank(Angle angle, int resid, char code) const {
 }
 
 void Selection::add(Restraint restraint, double centre, double deviation, double floor) {
+  if (!isNamed(restraint)) {
+    return skip(std::string(restraint.angleName()) + ": a residue without a name", restraint.resid);
+  }
   double width = options.factor * deviation;
   if (width >= 180) {
     return skip(std::string(restraint.angleName()) + ": the width is a full circle", restraint.resid);
@@ -106,7 +140,7 @@ void Selection::add(Restraint restraint, double centre, double deviation, double
   width = std::max(width, floor);
   if (width > options.cap) ++limited;
   restraint.halfWidth = roundTenth(std::min(width, options.cap));
-  restraint.centre = wrapAngle(roundTenth(wrapAngle(centre)));
+  restraint.centre = predictions::wrapAngle(roundTenth(predictions::wrapAngle(centre)));
   restraint.deviation = deviation;
   list.restraints.push_back(std::move(restraint));
 }
@@ -119,26 +153,27 @@ void Selection::addAngle(Angle angle, const TorsionRow& row) {
   if (!inSequence(neighbour)) {
     return skip(phi ? "PHI of the first residue" : "PSI of the last residue", row.resid);
   }
-  if (value >= kMissing) return skip(std::string(restraint.angleName()) + ": no angle", row.resid);
-  restraint.note = "class " + row.className;
+  if (value >= predictions::kMissing)
+    return skip(std::string(restraint.angleName()) + ": no angle", row.resid);
+  restraint.note = "class " + classOf(row);
   add(std::move(restraint), value, phi ? row.dphi : row.dpsi, options.floor);
 }
 
 void Selection::addBackbone(const TorsionRow& row) {
-  if (!options.classes.contains(row.className)) return skip("class " + row.className, row.resid);
+  if (row.className == "Bad") bad.push_back(row.resid);
+  if (!options.classes.contains(classOf(row))) return skip("class " + classOf(row), row.resid);
+  if (!isUsable(row)) return skip("unknown residue type (see --unknown-types)", row.resid);
   const std::size_t before = list.restraints.size();
   addAngle(Angle::Phi, row);
   addAngle(Angle::Psi, row);
-  if (list.restraints.size() > before) ++usedPerClass[row.className];
+  if (list.restraints.size() > before) ++usedPerClass[classOf(row)];
 }
 
 void Selection::addSideChain(const Chi1Row& row, const TorsionRow* backbone) {
   if (!hasChi1(row.code)) return;
   if (!row.hasAngle()) return skip("CHI1: no rotamer predicted", row.resid);
   if (backbone == nullptr) return skip("CHI1: no row in the torsion table", row.resid);
-  if (!options.classes.contains(backbone->className)) {
-    return skip("CHI1: backbone class " + backbone->className, row.resid);
-  }
+  if (!isUsable(*backbone)) return skip("CHI1: backbone class " + classOf(*backbone), row.resid);
   if (row.probability() < options.chi1Probability) {
     return skip("CHI1: rotamer probability below " + formatted("%g", options.chi1Probability), row.resid);
   }
@@ -166,23 +201,36 @@ std::string Selection::counts() const {
   return usedPerClass.empty() ? line : line + ")";
 }
 
+void Selection::reportReference() {
+  if (bad.empty()) return;
+  const char* consequence = options.dropBad ? "left out, as asked for"
+                            : options.classes.contains("Bad")
+                                ? "used as a class of their own, as asked for"
+                                : "the class without it decides (see --drop-bad)";
+  list.report.push_back("class Bad, far from the reference structure: " + std::to_string(bad.size()) +
+                        " (residues " + ranges(bad) + "); " + consequence);
+}
+
 RestraintList Selection::finish() {
   std::stable_sort(list.restraints.begin(), list.restraints.end(),
                    [](const Restraint& a, const Restraint& b) { return a.resid < b.resid; });
   std::vector<std::string>& report = list.report;
-  if (!torsions.title.empty()) report.push_back("prediction for " + torsions.title);
+  if (!torsions.title.empty()) report.push_back("prediction for " + tools::printable(torsions.title));
+  report.push_back(list.labels.numbers.empty() ? "residue numbers are those of the prediction table"
+                                               : "residue numbers are those of " + list.labels.source);
   report.push_back(counts());
+  reportReference();
   report.push_back("half width " + formatted("%g", options.factor) + " x SD, phi and psi at least " +
                    formatted("%g", options.floor) + ", chi1 at least " + formatted("%g", options.chi1Floor) +
                    ", at most " + formatted("%g", options.cap) + " degrees; " + std::to_string(widened) +
                    " raised to the floor, " + std::to_string(limited) + " lowered to the cap");
   if (!valines.empty()) {
     report.push_back("valine chi1: 120 degrees added back to the table's value for N-CA-CB-CG1: residues " +
-                     residueRanges(valines));
+                     ranges(valines));
   }
   for (const auto& [reason, residues] : skipped) {
     report.push_back("skipped, " + reason + ": " + std::to_string(residues.size()) + " (residues " +
-                     residueRanges(residues) + ")");
+                     ranges(residues) + ")");
   }
   for (const char* doubtful : {"Warn", "Dyn", "Bad"}) {
     if (options.classes.contains(doubtful)) {
@@ -194,23 +242,9 @@ RestraintList Selection::finish() {
 
 }  // namespace
 
-std::string residueRanges(const std::vector<int>& residues) {
-  std::string ranges;
-  for (std::size_t i = 0; i < residues.size();) {
-    std::size_t end = i;
-    while (end + 1 < residues.size() && residues[end + 1] == residues[end] + 1) ++end;
-    if (!ranges.empty()) ranges += ", ";
-    ranges += std::to_string(residues[i]);
-    const char* between = end == i + 1 ? ", " : residues[i] < 0 ? " to " : "-";
-    if (end > i) ranges += between + std::to_string(residues[end]);
-    i = end + 1;
-  }
-  return ranges;
-}
-
 RestraintList selectRestraints(const TorsionTable& torsions, const std::vector<Chi1Row>& chi1,
-                               const Options& options) {
-  Selection selection(torsions, options);
+                               const Options& options, const Labels& labels) {
+  Selection selection(torsions, labels, options);
   std::map<int, const TorsionRow*> byResid;
   for (const TorsionRow& row : torsions.rows) {
     selection.addBackbone(row);

@@ -3,18 +3,20 @@
 
 #include <vector>
 
+#include "predictions/rows.h"
 #include "restraints/options.h"
-#include "restraints/prediction.h"
 #include "restraints/restraint.h"
 
 namespace restraints {
 
-/// Restraints of all usable rows by the options' classes, width rule and chi1 probability. `chi1` may be
-/// empty.
-RestraintList selectRestraints(const TorsionTable& torsions, const std::vector<Chi1Row>& chi1,
-                               const Options& options);
+using predictions::Chi1Row;
+using predictions::TorsionRow;
+using predictions::TorsionTable;
 
-/// "3-5, 9" for {3, 4, 5, 9}.
-std::string residueRanges(const std::vector<int>& residues);
+/// Restraints of all usable rows by the options' classes, width rule and chi1 probability. `chi1` may be
+/// empty. Class Bad, which only a reference structure gives, decides where --drop-bad or the class itself was
+/// asked for; else such a residue has the class that it has without the structure.
+RestraintList selectRestraints(const TorsionTable& torsions, const std::vector<Chi1Row>& chi1,
+                               const Options& options, const Labels& labels = {});
 
 }  // namespace restraints

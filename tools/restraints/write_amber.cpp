@@ -15,7 +15,7 @@ std::string writeAmber(const RestraintList& list, const Options& options, const 
   std::string out = commentBlock(list, "# ");
   for (std::size_t i = 0; i < list.restraints.size(); ++i) {
     const Restraint& r = list.restraints[i];
-    out += "# " + describe(r) + "\n";
+    out += "# " + describe(r, list.labels) + "\n";
     out += print(" &rst iat=%d,%d,%d,%d, r1=%.1f, r2=%.1f, r3=%.1f, r4=%.1f, rk2=%.1f, rk3=%.1f, &end\n",
                  atoms[i][0], atoms[i][1], atoms[i][2], atoms[i][3], r.lower() - kParabolaWidth, r.lower(),
                  r.upper(), r.upper() + kParabolaWidth, force, force);

@@ -1,16 +1,14 @@
 // CYANA: lower and upper bound per angle, intervals across the seam unwrapped.
-#include "restraints/prediction.h"
 #include "restraints/writers.h"
 
 namespace restraints {
 
 namespace {
 
-/// Residue names as in CYANA's sequence file.
-const char* cyanaName(char code) {
-  if (code == 'c') return "CYSS";
-  if (code == 'p') return "cPRO";
-  return threeLetterName(code);
+/// Residue names as in CYANA's sequence file, where the input had no other.
+std::string cyanaName(const Restraint& r, const Labels& labels) {
+  if (labels.names.contains(r.resid)) return labels.name(r.resid, r.code);
+  return r.code == 'c' ? "CYSS" : r.code == 'p' ? "cPRO" : labels.name(r.resid, r.code);
 }
 
 }  // namespace
@@ -18,9 +16,10 @@ const char* cyanaName(char code) {
 std::string writeCyana(const RestraintList& list, const Options& options) {
   std::string out = commentBlock(list, "# ");
   for (const Restraint& r : list.restraints) {
-    if (r.angle == Angle::Chi1) out += "# " + describe(r) + "\n";
-    out += print("%5d %-5s %-5s %8.1f %8.1f %6.2f\n", r.resid, cyanaName(r.code), r.angleName(), r.lower(),
-                 r.upper(), options.force.value_or(1.0));
+    if (r.angle == Angle::Chi1) out += "# " + describe(r, list.labels) + "\n";
+    out += print("%5s %-5s %-5s %8.1f %8.1f %6.2f\n", list.labels.number(r.resid).c_str(),
+                 cyanaName(r, list.labels).c_str(), r.angleName(), r.lower(), r.upper(),
+                 options.force.value_or(1.0));
   }
   return out;
 }

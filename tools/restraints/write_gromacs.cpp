@@ -16,7 +16,7 @@ std::string writeGromacs(const RestraintList& list, const Options& options, cons
   for (std::size_t i = 0; i < list.restraints.size(); ++i) {
     const Restraint& r = list.restraints[i];
     out += print("%7d%7d%7d%7d%6d%9.1f%8.1f%9.1f ; %s\n", atoms[i][0], atoms[i][1], atoms[i][2], atoms[i][3],
-                 1, r.centre, r.halfWidth, options.force.value_or(kForce), describe(r).c_str());
+                 1, r.centre, r.halfWidth, options.force.value_or(kForce), describe(r, list.labels).c_str());
   }
   return out;
 }

@@ -4,8 +4,6 @@
 #include <cstdarg>
 #include <cstdio>
 
-#include "restraints/prediction.h"
-
 namespace restraints {
 
 std::string print(const char* format, ...) {
@@ -24,9 +22,19 @@ std::string commentBlock(const RestraintList& list, const std::string& lead) {
   return block;
 }
 
-std::string describe(const Restraint& restraint) {
-  return std::to_string(restraint.resid) + " " + threeLetterName(restraint.code) + " " +
-         restraint.angleName() + ", " + restraint.note;
+std::vector<SequenceResidue> namedResidues(const RestraintList& list) {
+  std::vector<SequenceResidue> residues;
+  for (const auto& [resid, code] : list.sequence) {
+    std::string name = list.labels.componentName(resid, code);
+    if (!name.empty()) residues.push_back({resid, code, list.labels.number(resid), std::move(name)});
+  }
+  return residues;
+}
+
+std::string describe(const Restraint& restraint, const Labels& labels) {
+  const std::string name = labels.name(restraint.resid, restraint.code);
+  return labels.number(restraint.resid) + " " + (name.empty() ? "X" : name) + " " + restraint.angleName() +
+         ", " + restraint.note;
 }
 
 }  // namespace restraints

@@ -5,6 +5,7 @@
 
 #include <filesystem>
 
+#include "common/installation.h"
 #include "tables/text.h"
 
 namespace run {
@@ -63,6 +64,12 @@ Installation findInstallation(const std::string& given, const std::string& folde
   result.error =
       "the tables of orbeln are not beside the programs; set ORBELN_DIR to the folder that holds tab";
   return result;
+}
+
+std::string describeMaker(const std::string& installation) {
+  const std::string identity = tools::installationIdentity(installation);
+  return "orbeln-run " ORBELN_VERSION ", tables of " + installation +
+         (identity.empty() ? "" : " (installation " + identity + ")");
 }
 
 }  // namespace run

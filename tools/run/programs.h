@@ -21,4 +21,7 @@ struct Installation {
 /// install/ beside or above `folder`, else share/orbeln/ above it.
 Installation findInstallation(const std::string& given, const std::string& folder);
 
+/// Which program and which installation made a result, in one line.
+std::string describeMaker(const std::string& installation);
+
 }  // namespace run

@@ -1,0 +1,1 @@
+"""What goes in: proteins with shifts and torsions, chains without shifts, input tables, files of rows."""

@@ -1,0 +1,1 @@
+"""The networks: training, their inputs, their weight tables."""

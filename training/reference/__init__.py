@@ -1,0 +1,2 @@
+"""What is counted rather than trained: reference values, triplets, fragment database, values from
+literature."""

@@ -1,0 +1,1 @@
+"""Measurements on training proteins that were held out."""

@@ -1,0 +1,1 @@
+"""Shifts predicted from structure, for chains that have none."""
