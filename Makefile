@@ -48,7 +48,7 @@ debug-test: deps ## run every test with AddressSanitizer and UndefinedBehaviorSa
 	@cmake --build --preset debug
 	@ctest --preset debug --parallel 2
 
-bench: deps ## build and run the benchmarks (about 5 minutes, 450 MB in build/bench), write docs/PERFORMANCE.md
+bench: deps ## build and run the benchmarks (about 5 minutes, 700 MB in build/bench), write docs/PERFORMANCE.md
 	@cmake --preset bench
 	@cmake --build --preset bench
 	build/bench/bench/orbeln_bench --benchmark_out=build/bench/benchmark.json --benchmark_out_format=json

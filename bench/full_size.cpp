@@ -191,6 +191,17 @@ bool copyReferenceTables(const std::string& from, const std::string& to) {
 
 }  // namespace
 
+std::string withoutImage(const std::string& installation) {
+  const fs::path folder = fs::path(ORBELN_FULL_SIZE) / "text" / std::to_string(fs::hash_value(installation));
+  fs::remove_all(folder);
+  fs::create_directories(folder / "tab");
+  for (const auto& entry : fs::directory_iterator(fs::path(installation) / "tab")) {
+    if (entry.path().extension() == ".tab")
+      fs::create_symlink(fs::absolute(entry.path()), folder / "tab" / entry.path().filename());
+  }
+  return folder.string();
+}
+
 bool writeDatabase(const std::string& path, int records, std::uint32_t seed) {
   constexpr std::array<double, 6> kScale = {2.3, 0.23, 1.0, 0.95, 1.1, 0.45};
   Output out(path);

@@ -18,6 +18,10 @@ struct Size {
 /// written.
 bool writeInstallation(const std::string& directory, const std::string& referenceTables, const Size& size);
 
+/// A folder beside the full-size installation that holds links to the tables of `installation`, but not their
+/// image.
+std::string withoutImage(const std::string& installation);
+
 /// Only the fragment database, with `records` records in sources of some 245 residues.
 bool writeDatabase(const std::string& path, int records, std::uint32_t seed);
 

@@ -3,6 +3,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -23,8 +24,19 @@ std::string contents(const fs::path& file) {
 /// What one process used.
 struct Usage {
   double peak = 0.0;       ///< memory, MB
+  double own = 0.0;        ///< most of it that no other process shares, MB, looked at every millisecond
   double processor = 0.0;  ///< user and system time, ms
 };
+
+/// Anonymous memory of a process, MB.
+double ownMemory(pid_t process) {
+  std::ifstream status("/proc/" + std::to_string(process) + "/status");
+  double kilobytes = 0.0;
+  for (std::string word; status >> word;) {
+    if (word == "RssAnon:") status >> kilobytes;
+  }
+  return kilobytes / 1024.0;
+}
 
 /// Runs a shell command; its exit status.
 int runShell(const std::string& command, Usage& used) {
@@ -35,7 +47,13 @@ int runShell(const std::string& command, Usage& used) {
   }
   int status = -1;
   rusage usage{};
-  if (child < 0 || wait4(child, &status, 0, &usage) != child) return -1;
+  if (child < 0) return -1;
+  pid_t ended = 0;
+  while ((ended = wait4(child, &status, WNOHANG, &usage)) == 0) {
+    used.own = std::max(used.own, ownMemory(child));
+    usleep(1000);
+  }
+  if (ended != child) return -1;
   used.peak = static_cast<double>(usage.ru_maxrss) / 1024.0;
   used.processor = 1e3 * static_cast<double>(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) +
                    1e-3 * static_cast<double>(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec);
@@ -57,6 +75,7 @@ void runProgram(benchmark::State& state, const fs::path& directory, const std::s
   }
   checksum.report(state);
   state.counters["peak_MB"] = used.peak;
+  state.counters["own_MB"] = used.own;
   state.counters["processor_ms"] = used.processor;
 }
 
@@ -82,6 +101,16 @@ void fullSize(benchmark::State& state) {
   runUbiquitin(state, bench::fullSize());
 }
 BENCHMARK(fullSize)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(1)->Repetitions(5);
+
+void shippedText(benchmark::State& state) {
+  runUbiquitin(state, bench::withoutImage(ORBELN_INSTALL));
+}
+BENCHMARK(shippedText)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(1)->Repetitions(5);
+
+void fullSizeText(benchmark::State& state) {
+  runUbiquitin(state, bench::withoutImage(bench::fullSize()));
+}
+BENCHMARK(fullSizeText)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(1)->Repetitions(3);
 
 void byResidues(benchmark::State& state) {
   const auto residues = static_cast<int>(state.range(0));

@@ -5,9 +5,13 @@
 #include <fstream>
 
 #include "bench.h"
+#include "driver/ORBEL.h"
 #include "tables/DB.h"
+#include "tables/FieldFormat.h"
 #include "tables/GDB.h"
 #include "tables/GDB2.h"
+#include "tables/imageHash.h"
+#include "tables/output_text.h"
 
 namespace {
 
@@ -108,5 +112,28 @@ void databaseLoadPlain(benchmark::State& state) {
   checksum.report(state);
 }
 BENCHMARK(databaseLoadPlain)->Unit(benchmark::kMillisecond)->Iterations(1)->Repetitions(2);
+
+/// Reading of memory that is at hand, by the checksum of the table image.
+void memoryRead(benchmark::State& state) {
+  const std::vector<std::byte> bytes(std::size_t{1} << 26, std::byte{3});
+  for ([[maybe_unused]] auto _ : state) benchmark::DoNotOptimize(ImageHash::of(bytes));
+  state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(bytes.size()));
+}
+BENCHMARK(memoryRead)->Unit(benchmark::kMillisecond);
+
+/// One cell of an output table: a number as text, and the text as a column.
+void numberCell(benchmark::State& state) {
+  const FieldFormat format(" %6.1f");
+  std::string out;
+  double value = -170.0;
+  for ([[maybe_unused]] auto _ : state) {
+    out.clear();
+    format.append(out, cellText(value));
+    value = value > 170.0 ? -170.0 : value + 0.7;
+    benchmark::DoNotOptimize(out.data());
+  }
+  state.SetItemsProcessed(state.iterations());
+}
+BENCHMARK(numberCell)->Unit(benchmark::kNanosecond);
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <iostream>
 
 #include "ann/residue_vectors.h"
+#include "ann/weight_image.h"
 #include "base/maps.h"
 #include "tables/GDB2.h"
 
@@ -90,10 +91,30 @@ int ANN::unitInputs(LayerName layer) const {
 }
 
 void ANN::loadLevel(LayerName first, std::size_t members) {
+  const TableImage tables(weightFile(first));
   for (std::size_t offset = 0; offset < 3; ++offset) {
     const auto layer = static_cast<LayerName>(first + offset);
+    const LayerShape shape = {members, units(layer), unitInputs(layer)};
+    const auto table = tables.find(weightFile(layer), image::Kind::Weights);
+    if (table && decodeLayer(*table, shape, layers[layer])) {
+      imaged[layer] = table->bulk;
+    } else {
+      imaged[layer] = {};
+      loadMembers(weightFile(layer), layers[layer], members, shape.units, shape.inputs);
+    }
+  }
+}
+
+void ANN::loadLevelText(LayerName first, std::size_t members) {
+  for (std::size_t offset = 0; offset < 3; ++offset) {
+    const auto layer = static_cast<LayerName>(first + offset);
+    imaged[layer] = {};
     loadMembers(weightFile(layer), layers[layer], members, units(layer), unitInputs(layer));
   }
+}
+
+bool ANN::isIntact(LayerName first) const {
+  return imaged[first].intact() && imaged[first + 1].intact() && imaged[first + 2].intact();
 }
 
 void ANN::loadWeights() {
@@ -147,8 +168,17 @@ void ANN::checkChain(LayerName first, std::size_t members, std::size_t inputLeng
   }
 }
 
+/// An image that changed under the evaluation counts as if it had not been there.
 void ANN::evaluateEnsemble(const ResidueVectors& windows, LayerName first, std::size_t members,
-                           Combination combine, ResidueVectors& outputs) const {
+                           Combination combine, ResidueVectors& outputs) {
+  evaluateOnce(windows, first, members, combine, outputs);
+  if (isIntact(first)) return;
+  loadLevelText(first, members);
+  evaluateOnce(windows, first, members, combine, outputs);
+}
+
+void ANN::evaluateOnce(const ResidueVectors& windows, LayerName first, std::size_t members,
+                       Combination combine, ResidueVectors& outputs) const {
   for (const auto& [resid, window] : windows) checkChain(first, members, window.size());
 
   auto next = windows.begin();

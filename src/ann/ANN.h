@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "ann/layer_kernel.h"
+#include "tables/TableImage.h"
 
 class GDB2;
 
@@ -40,7 +41,7 @@ class ANN {
   void set_input_code(int code) { inputCode = code; }
   void getSlashChar();  ///< path separator as the PATH variable suggests
 
-  void loadWeights();  ///< all six layers
+  void loadWeights();  ///< all six layers; from the table image where it has them
   /// Reads the three members of a layer of `n` units with `m` inputs. Missing columns read as 9999, missing
   /// rows leave the member short, so that its first evaluation ends the process.
   static void loadWeightBias3(const std::string& file, Layer& layer, int n, int m);
@@ -74,13 +75,14 @@ class ANN {
   static void loadMembers(const std::string& file, Layer& layer, std::size_t members, int n, int m);
   std::string weightFile(LayerName layer) const;
   void loadLevel(LayerName first, std::size_t members);
+  void loadLevelText(LayerName first, std::size_t members);
   /// Units and inputs per unit of a layer.
   int units(LayerName layer) const;
   int unitInputs(LayerName layer) const;
 
   /// Evaluates the three layers from `first` on every entry of `windows`; results replace earlier ones.
   void evaluateEnsemble(const ResidueVectors& windows, LayerName first, std::size_t members,
-                        Combination combine, ResidueVectors& outputs) const;
+                        Combination combine, ResidueVectors& outputs);
 
   /// True when the entries up to `reach` ordinals before and after `ordinal` are the neighbouring residue
   /// numbers. Ordinals beyond either end fail, or pass when `openEnds`.
@@ -91,6 +93,12 @@ class ANN {
   static std::vector<double> joinWindow(const ResidueVectors& vectors, int k, int reach);
 
  private:
+  /// The image under each layer, as far as its weights are used in place.
+  std::array<image::BulkPart, kLayers> imaged;
+
+  bool isIntact(LayerName first) const;
+  void evaluateOnce(const ResidueVectors& windows, LayerName first, std::size_t members, Combination combine,
+                    ResidueVectors& outputs) const;
   void checkChain(LayerName first, std::size_t members, std::size_t inputLength) const;
   bool qualifies(const std::vector<int>& residues, std::size_t ordinal) const;
   std::vector<double> level1Window(int k) const;

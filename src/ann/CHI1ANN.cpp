@@ -28,10 +28,21 @@ void CHI1ANN::applyVecAverage(const std::vector<double>& a, const std::vector<do
 }
 
 float CHI1ANN::runANNLevel1(std::vector<double> input) {
-  if (weightsLoaded == 0) loadWeights();
+  return runANNLevel1(std::vector<std::vector<double>>{std::move(input)})[0];
+}
+
+std::vector<float> CHI1ANN::runANNLevel1(std::vector<std::vector<double>> many) {
+  if (weightsLoaded == 0 && !many.empty()) loadWeights();
   level1Inputs.clear();
-  level1Inputs[1] = std::move(input);
+  for (std::vector<double>& input : many)
+    level1Inputs.emplace_hint(level1Inputs.end(), static_cast<int>(level1Inputs.size()) + 1,
+                              std::move(input));
   calcLevel1();
-  const std::vector<double>& output = level1Outputs[1];
-  return output.empty() ? 0.0F : static_cast<float>(output[0]);
+  std::vector<float> scores;
+  scores.reserve(many.size());
+  for (int i = 1; i <= static_cast<int>(many.size()); ++i) {
+    const std::vector<double>& output = level1Outputs[i];
+    scores.push_back(output.empty() ? 0.0F : static_cast<float>(output[0]));
+  }
+  return scores;
 }

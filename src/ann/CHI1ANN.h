@@ -16,6 +16,8 @@ class CHI1ANN : public ANN {
                               const std::vector<double>& c, std::vector<double>& out);
   /// First output value for one input vector; loads the weights on first use. 0 without any output.
   float runANNLevel1(std::vector<double> input);
+  /// The same for many input vectors at once.
+  std::vector<float> runANNLevel1(std::vector<std::vector<double>> many);
 
   int weightsLoaded = 0;
 };

@@ -54,12 +54,19 @@ void ORBEL::evalChi1WithANN(int resid, CandidateMap& fragments) {
   const std::string code = foldedCode(valueOr(sequence, resid));
   const auto network = code.size() == 1 ? chi1Networks.find(code[0]) : chi1Networks.end();
   if (network == chi1Networks.end() || network->second == nullptr) return;
-  CandidateMap scored;
+  std::vector<int> entries;
+  std::vector<std::vector<double>> inputs;
   for (const auto& [key, entry] : fragments) {
     const bool hasNeighbours = entry > 0 && entry < kIndexLimit && entry + 1 < fragmentDatabase->entryCount;
     if (!hasNeighbours) continue;
-    const double score = static_cast<double>(network->second->runANNLevel1(chi1NetworkInput(resid, entry)));
-    if (!std::isnan(score)) scored[score] = entry;
+    entries.push_back(entry);
+    inputs.push_back(chi1NetworkInput(resid, entry));
+  }
+  const std::vector<float> scores = network->second->runANNLevel1(std::move(inputs));
+  CandidateMap scored;
+  for (std::size_t i = 0; i < entries.size(); ++i) {
+    const auto score = static_cast<double>(scores[i]);
+    if (!std::isnan(score)) scored[score] = entries[i];
   }
   fragments = std::move(scored);
 }

@@ -54,20 +54,31 @@ ORBELN_ALWAYS_INLINE void accumulate(const float* __restrict w, double x, double
 /// either sign, the remainder is never -0 (it starts at +0, and x + y as well as x - y give +0 whenever equal
 /// magnitudes cancel), so adding the zero changes no bit, and a remainder below one has no whole part.
 template <class Truncation, bool skipZeros>
-ORBELN_ALWAYS_INLINE void accumulateTile(const LayerWeights& weights, std::size_t begin, std::size_t n,
+ORBELN_ALWAYS_INLINE void accumulateTile(const LayerWeights& weights, std::size_t begin,
+                                         [[maybe_unused]] std::size_t n,
                                          std::span<const std::vector<double>> inputs, TileSums& sums) {
   const std::size_t cols = static_cast<std::size_t>(weights.cols);
-  const std::size_t* firstRun = skipZeros ? weights.firstRun.data() + begin / kTile * cols : nullptr;
-  const LayerWeights::UnitRun whole = {0, static_cast<std::int16_t>(roundedUp(n))};
+  const std::uint32_t* const firstRun = weights.firstRun.data() + begin / kTile * cols;
+  const float* w = weights.packed.get() + weights.tileStart[begin / kTile];
   for (std::size_t i = 0; i < cols; ++i) {
-    const LayerWeights::UnitRun* run = skipZeros ? weights.runs.data() + firstRun[i] : &whole;
-    const LayerWeights::UnitRun* const end = skipZeros ? weights.runs.data() + firstRun[i + 1] : run + 1;
+    const LayerWeights::UnitRun* run = weights.runs.data() + firstRun[i];
+    const LayerWeights::UnitRun* const end = weights.runs.data() + firstRun[i + 1];
+    std::array<float, kTile> all{};  // of one input, zeros included
     for (; run != end; ++run) {
       const auto lo = static_cast<std::size_t>(run->begin);
       const auto count = static_cast<std::size_t>(run->end - run->begin);
-      const float* w = weights.w.data() + begin * cols + i * kTile + lo;
+      if constexpr (skipZeros) {
+        for (std::size_t p = 0; p < inputs.size(); ++p) {
+          accumulate<Truncation>(w, inputs[p][i], sums[p].remainder + lo, sums[p].total + lo, count);
+        }
+      } else {
+        std::copy_n(w, count, all.data() + lo);
+      }
+      w += count;
+    }
+    if constexpr (!skipZeros) {
       for (std::size_t p = 0; p < inputs.size(); ++p) {
-        accumulate<Truncation>(w, inputs[p][i], sums[p].remainder + lo, sums[p].total + lo, count);
+        accumulate<Truncation>(all.data(), inputs[p][i], sums[p].remainder, sums[p].total, roundedUp(n));
       }
     }
   }
@@ -145,32 +156,52 @@ void LayerWeights::seal() {
   // Without the sign, the bits of floats order as their magnitudes, infinity and what is no number last.
   constexpr std::uint32_t kSign = 0x80000000U;
   std::uint32_t largest = 0;
-  for (const float value : w) largest = std::max(largest, std::bit_cast<std::uint32_t>(value) & ~kSign);
+  for (const float value : unpacked_)
+    largest = std::max(largest, std::bit_cast<std::uint32_t>(value) & ~kSign);
   const auto magnitude = static_cast<double>(std::bit_cast<float>(largest));
   maxAbs = std::isfinite(magnitude) ? magnitude : std::numeric_limits<double>::infinity();
   runs.clear();
   firstRun.clear();
+  tileStart.clear();
+  std::vector<float> weights;
   for (int unit = 0; unit < rows; unit += kTile) {
+    tileStart.push_back(weights.size());
     for (int i = 0; i < cols; ++i) {
-      firstRun.push_back(runs.size());
-      appendRuns(unit, i);
+      firstRun.push_back(static_cast<std::uint32_t>(runs.size()));
+      appendRuns(unit, i, weights);
     }
   }
-  firstRun.push_back(runs.size());
+  tileStart.push_back(weights.size());
+  firstRun.push_back(static_cast<std::uint32_t>(runs.size()));
+  const auto kept = std::make_shared<std::vector<float>>(std::move(weights));
+  packed = std::shared_ptr<const float[]>(kept, kept->data());
+  unpacked_ = {};
 }
 
-/// Runs of one tile for one input, in whole steps.
-void LayerWeights::appendRuns(int firstUnit, int input) {
-  const float* values = w.data() + index(firstUnit, input);
+/// Runs of one tile for one input, in whole steps, and their weights.
+void LayerWeights::appendRuns(int firstUnit, int input, std::vector<float>& weights) {
+  const float* values = unpacked_.data() + index(firstUnit, input);
   int end = -1;  // of the run being extended
   for (int j = 0; j < kTile; j += kStep) {
-    bool zero = true;
-    for (int u = 0; u < kStep; ++u) zero = zero && values[j + u] == 0.0F;
+    const bool zero = std::all_of(values + j, values + j + kStep, [](float value) { return value == 0.0F; });
     if (zero) continue;
     if (j != end) runs.push_back({static_cast<std::int16_t>(j), 0});
     end = j + kStep;
     runs.back().end = static_cast<std::int16_t>(end);
+    weights.insert(weights.end(), values + j, values + end);
   }
+}
+
+float LayerWeights::at(int unit, int input) const {
+  const auto tile = static_cast<std::size_t>(unit / kTile);
+  const std::size_t wanted = tile * static_cast<std::size_t>(cols) + static_cast<std::size_t>(input);
+  const float* weight = packed.get() + tileStart[tile];
+  for (std::uint32_t r = firstRun[tile * static_cast<std::size_t>(cols)]; r < firstRun[wanted + 1]; ++r) {
+    const int place = unit % kTile - runs[r].begin;
+    if (r >= firstRun[wanted] && place >= 0 && unit % kTile < runs[r].end) return weight[place];
+    weight += runs[r].end - runs[r].begin;
+  }
+  return 0.0F;
 }
 
 void evaluateLayer(const LayerWeights& weights, const std::vector<double>& bias,

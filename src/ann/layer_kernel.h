@@ -3,11 +3,12 @@
 
 #include <cstdint>
 #include <limits>
+#include <memory>
 #include <span>
 #include <vector>
 
-/// Weights of one layer in tiles of units, each stored input by input and filled up with zeros:
-/// w[(tile * cols + input) * kTile + unit in the tile]. Call `seal` once after filling them.
+/// Weights of one layer. They are set in tiles of units, each input by input and filled up with zeros; `seal`
+/// packs them: stretches that are zero are left out, the rest of a tile follows input by input without gaps.
 struct LayerWeights {
   /// Units begin..end - 1 of one tile, counted from the tile's first unit; multiples of kStep.
   struct UnitRun {
@@ -21,22 +22,28 @@ struct LayerWeights {
   LayerWeights(int units, int inputs)
       : rows(units),
         cols(inputs),
-        w(static_cast<std::size_t>((units + kTile - 1) / kTile * kTile) * static_cast<std::size_t>(inputs)) {}
+        unpacked_(tiles() * static_cast<std::size_t>(kTile) * static_cast<std::size_t>(inputs)) {}
 
-  float& at(int unit, int input) { return w[index(unit, input)]; }
-  float at(int unit, int input) const { return w[index(unit, input)]; }
-  /// Derives `maxAbs` and the non-zero runs from the weights.
+  /// Before `seal`.
+  float& at(int unit, int input) { return unpacked_[index(unit, input)]; }
+  /// After `seal`: the weight, looked up slowly.
+  float at(int unit, int input) const;
+  /// Packs the weights, and derives `maxAbs` from them. Once, after all are set.
   void seal();
+  std::size_t tiles() const { return static_cast<std::size_t>((rows + kTile - 1) / kTile); }
 
-  int rows = 0;  ///< units
-  int cols = 0;  ///< inputs per unit
-  std::vector<float> w;
+  int rows = 0;                                             ///< units
+  int cols = 0;                                             ///< inputs per unit
   double maxAbs = std::numeric_limits<double>::infinity();  ///< infinity while unsealed or not all finite
   std::vector<UnitRun> runs;                                ///< weights outside the runs are exactly zero
-  std::vector<std::size_t> firstRun;  ///< [tile * cols + input] -> its first run; one more entry at the end
+  std::vector<std::uint32_t> firstRun;   ///< [tile * cols + input] -> its first run; one more at the end
+  std::vector<std::uint64_t> tileStart;  ///< [tile] -> its first packed weight; one more at the end
+  std::shared_ptr<const float[]> packed;
 
  private:
-  void appendRuns(int firstUnit, int input);
+  std::vector<float> unpacked_;
+
+  void appendRuns(int firstUnit, int input, std::vector<float>& weights);
   std::size_t index(int unit, int input) const {
     const auto tile = static_cast<std::size_t>(unit / kTile);
     return (tile * static_cast<std::size_t>(cols) + static_cast<std::size_t>(input)) * kTile +

@@ -57,6 +57,8 @@ class ORBEL {
   void runFirstPass();
   void runSecondPass();
   void refineResidue(int resid);       ///< second pass of one residue
+  void searchAgain();                  ///< both passes anew, on the database's text
+  void writeResults();                 ///< the tables of torsions, chi1 and matches
   bool isSearchable(int resid) const;  ///< inside the shift range and not a chain end
   SourceRanges sourceRanges() const;
   void storeConsensus(int resid);  ///< consensus of the match lists -> predCount, predPhi ...

@@ -6,6 +6,7 @@
 #include "base/maps.h"
 #include "base/residue_range.h"
 #include "driver/ORBEL.h"
+#include "search/database_image.h"
 #include "search/screen_index.h"
 
 namespace {
@@ -56,9 +57,34 @@ void ORBEL::orbelPredict() {
     std::cout << "Searching database using predicted angles ..." << std::endl;
   }
   runSecondPass();
+  if (!fragmentDatabase->intact()) searchAgain();
+  writeResults();
+  if (fragmentDatabase->intact()) return;
+  searchAgain();
+  writeResults();
+}
+
+void ORBEL::writeResults() {
   writeTorsionPredictions();
   writeChi1Predictions();
   writePredAll();
+}
+
+/// The table image was written to during the search: nothing that was read from it counts.
+void ORBEL::searchAgain() {
+  for (auto* lists : {&firstPassMatches, &firstPassSameType}) lists->clear();
+  for (auto* lists : {&matchIndex, &sameTypeIndex}) lists->clear();
+  for (auto* lists :
+       {&matchPhi, &matchPsi, &matchDistance, &sameTypeChi1, &sameTypeDistance, &matchInCluster}) {
+    lists->clear();
+  }
+  for (auto* values : {&predPhi, &predPsi, &predPhiSD, &predPsiSD}) values->clear();
+  chi1RotamerScores.clear();
+  predCount.clear();
+  fragmentDatabase->loadDB(databaseFile);
+  buildSourceIndex();
+  runFirstPass();
+  runSecondPass();
 }
 
 /// phiPsiBoxProb, clusterInfo, topClusterFraction -> searchPrior. An ambiguous residue gets no entries, so
@@ -81,7 +107,9 @@ void ORBEL::loadDatabase() {
   if (!hidePaths) std::cout << "Reading " << databaseFile << ", " << std::flush;
   fragmentDatabase = std::make_unique<DB>();
   fragmentDatabase->setMaxDBSize(kDatabaseCapacity);
-  fragmentDatabase->loadDB(databaseFile);
+  // With -verb the entries that match are printed during the search, which then cannot be repeated.
+  const image::Bulk use = quiet ? image::Bulk::InPlace : image::Bulk::Copied;
+  if (!loadDatabaseImage(*fragmentDatabase, databaseFile, use)) fragmentDatabase->loadDB(databaseFile);
   if (hidePaths) return;
   std::cout << fragmentDatabase->entryCount << " Residues Read" << std::endl;
   if (fragmentDatabase->incompleteRecords > 0) {
@@ -99,14 +127,12 @@ void ORBEL::buildSourceIndex() {
   sourceStart[0] = 0;
   sourceEnd[0] = -1;
   sourceCount = 1;
-  const int entries = fragmentDatabase->entryCount;
-  int start = 0;
-  for (int k = 1; k <= entries; ++k) {
-    if (k < entries && fragmentDatabase->source(k) == fragmentDatabase->source(k - 1)) continue;
-    sourceStart[sourceCount] = start;
-    sourceEnd[sourceCount] = k - 1;
+  const std::vector<DB::Source>& sources = fragmentDatabase->dbSource;
+  for (std::size_t i = 0; i < sources.size(); ++i) {
+    const bool isLast = i + 1 == sources.size();
+    sourceStart[sourceCount] = sources[i].first;
+    sourceEnd[sourceCount] = (isLast ? fragmentDatabase->entryCount : sources[i + 1].first) - 1;
     ++sourceCount;
-    start = k;
   }
 }
 

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <limits>
+#include <numeric>
 
 #include "base/maps.h"
 #include "base/residues.h"
@@ -13,7 +14,7 @@
 namespace {
 
 constexpr std::array<double, kMaxHalfWidth + 1> kScreenWeights = {1.0, 0.81, 0.64, 0.49};  // given
-constexpr int kBlock = 2048;  // entries scanned together: the lists of their centres stay in the cache
+constexpr std::size_t kBlock = 1024;  // centres scanned together
 
 std::size_t codeIndex(char code) {
   return static_cast<unsigned char>(code);
@@ -97,92 +98,138 @@ void Prescreen::scan(const DB& db, const ScreenIndex& index) {
   }
 }
 
+/// Group by group, the boxes with the highest prior first: the thresholds rise at once, and most groups are
+/// never looked at. The lists do not depend on the order.
 template <int h>
 void Prescreen::scanWith(const DB& db, const ScreenIndex& index) {
   static_assert(h <= kMaxHalfWidth);
-  const int entries = static_cast<int>(index.keys.size());
-  int nextUpdate = 0;
-  for (int begin = 0; begin < entries; begin += kBlock) {
-    if (begin >= nextUpdate) {
-      updatePromising(index);
-      nextUpdate = begin + begin / 4;  // thresholds rise with the logarithm of the entries seen
-    }
-    std::size_t count = collectPromising(db, index, begin, std::min(begin + kBlock, entries));
-    if (topMatches_.trimmed()) {
-      count = keepPossible<1, 1>(db, index, count);
-      if constexpr (h > 1) count = keepPossible<2, h>(db, index, count);
-    }
-    for (std::size_t i = 0; i < count; ++i) scores_[i] = score<h>(db, index, centres_[i]);
-    offerScores(db, count);
+  centres_.resize(kBlock);
+  scores_.resize(kBlock);
+  fillNumberPenalties(index);
+  std::size_t count = 0;
+  for (const std::size_t box : boxesByPrior()) {
+    for (std::size_t number = 0; number < ScreenIndex::kCodeNumbers; ++number)
+      count = scanGroup<h>(db, index, box, number, count);
   }
+  scanBlock<h>(db, index, count);
   matches = candidates<h>(db, index, topMatches_, kMatch);
   if (wantSameType_) sameType = candidates<h>(db, index, topSameType_, kSameType);
 }
 
-/// Keys whose prior at the centre leaves a chance to pass the thresholds. Thresholds only rise, so tables
-/// made for lower ones stay right.
-void Prescreen::updatePromising(const ScreenIndex& index) {
-  const double match = topMatches_.threshold();
-  const double type = topSameType_.threshold();
-  if (match == promisingMatch_ && type == promisingType_) return;
-  promisingMatch_ = match;
-  promisingType_ = type;
-  std::array<std::uint8_t, kBoxes> lists{};
-  for (std::size_t box = 0; box < kBoxes; ++box) {
-    const double highest = prior_[toIndex(halfWidth_)][box] + restHighest_[1];
-    // Written as "not below" so that a prior that is not a number stays in.
-    const int matchBit = highest < match - margin_ ? 0 : kMatch;
-    const int typeBit = highest < type - margin_ ? 0 : kSameType;
-    lists[box] = static_cast<std::uint8_t>(matchBit | typeBit);
-  }
-  for (std::size_t number = 0; number <= ScreenIndex::kCommonCodes; ++number) {
-    const bool known = number < index.codes.size();
-    if (!known && (number < ScreenIndex::kCommonCodes || !index.hasOtherCodes)) continue;
-    const std::uint8_t allowed = known ? centreCodes_[codeIndex(index.codes[number])] : kMatch | kSameType;
-    for (int reach = halfWidth_; reach <= kMaxHalfWidth; ++reach) {
-      std::uint8_t* const keys = promising_.data() + (number << ScreenIndex::kCodeShift) +
-                                 (toIndex(reach) << ScreenIndex::kReachShift);
-      for (std::size_t box = 0; box < kBoxes; ++box) keys[box] = lists[box] & allowed;
-    }
+void Prescreen::fillNumberPenalties(const ScreenIndex& index) {
+  for (std::size_t position = 0; position < kPositions; ++position) {
+    for (std::size_t number = 0; number < index.codes.size(); ++number)
+      numberPenalty_[position][number] = penalty_[position][codeIndex(index.codes[number])];
   }
 }
 
-/// Centres in `begin`..`end - 1` that their own box and code do not rule out, into centres_. Without
-/// branches: most entries are ruled out here, in no predictable order.
-std::size_t Prescreen::collectPromising(const DB& db, const ScreenIndex& index, int begin, int end) {
-  centres_.resize(kBlock);
-  scores_.resize(kBlock);
-  const std::uint16_t* const keys = index.keys.data();
-  int* const centres = centres_.data();
-  std::size_t count = 0;
-  for (int entry = begin; entry < end; ++entry) {
-    centres[count] = entry;
-    count += promising_[keys[entry]] != 0 ? 1 : 0;
+/// Highest prior at the centre first; one that is not a number may be any.
+std::vector<std::size_t> Prescreen::boxesByPrior() const {
+  const auto& prior = prior_[toIndex(halfWidth_)];
+  const auto key = [&](std::size_t box) {
+    return std::isnan(prior[box]) ? std::numeric_limits<double>::infinity() : prior[box];
+  };
+  std::vector<std::size_t> boxes(kBoxes);
+  std::iota(boxes.begin(), boxes.end(), std::size_t{0});
+  std::stable_sort(boxes.begin(), boxes.end(), [&](std::size_t a, std::size_t b) { return key(a) > key(b); });
+  return boxes;
+}
+
+/// Lists whose thresholds a centre in this box may still pass.
+std::uint8_t Prescreen::listsWithin(std::size_t box) const {
+  const double highest = prior_[toIndex(halfWidth_)][box] + restHighest_[1];
+  // Written as "not below" so that a prior that is not a number stays in.
+  const int matchBit = highest < topMatches_.threshold() - margin_ ? 0 : kMatch;
+  const int typeBit = highest < topSameType_.threshold() - margin_ ? 0 : kSameType;
+  return static_cast<std::uint8_t>(matchBit | typeBit);
+}
+
+/// Lists that a centre with this code number may enter.
+std::uint8_t Prescreen::listsOfNumber(const ScreenIndex& index, std::size_t number) const {
+  return number < index.codes.size() ? centreCodes_[codeIndex(index.codes[number])] : kMatch | kSameType;
+}
+
+/// What the sum over the positions up to `judged` residues away must reach for a score that may enter one of
+/// `lists`.
+double Prescreen::lowestLimit(std::uint8_t lists, int judged) const {
+  const double match = topMatches_.threshold() - margin_ - restHighest_[toIndex(judged) + 1];
+  const double type = topSameType_.threshold() - margin_ - restHighest_[toIndex(judged) + 1];
+  const std::array<double, 4> limits = {match, match, type, std::min(match, type)};
+  return limits[lists];
+}
+
+/// Adds the fragments of a group to the `count` centres of the block, scans the block whenever it is full,
+/// and returns how many centres are left in it.
+template <int h>
+std::size_t Prescreen::scanGroup(const DB& db, const ScreenIndex& index, std::size_t box, std::size_t number,
+                                 std::size_t count) {
+  std::span<const ScreenIndex::Place> group = index.group(box, number);
+  const std::uint8_t lists = listsOfNumber(index, number);
+  const double own = prior_[toIndex(h)][box] + numberPenalty_[toIndex(h)][number];
+  while (!group.empty() && (listsWithin(box) & lists) != 0) {
+    const std::size_t n = std::min(group.size(), kBlock - count);
+    count = collect<h>(group.first(n), own, lowestLimit(lists, 1), index.keys.size(), count);
+    group = group.subspan(n);
+    if (count < kBlock) continue;
+    scanBlock<h>(db, index, count);
+    count = 0;
   }
-  if (!prolineFollows_ && !index.hasOtherCodes) return count;
+  return count;
+}
+
+/// Unbroken fragments whose centre and its neighbours do not rule them out. Without branches: they come in no
+/// predictable order. A prior that is not a number stays in.
+template <int h>
+std::size_t Prescreen::collect(std::span<const ScreenIndex::Place> group, double ownTerms, double limit,
+                               std::size_t entries, std::size_t count) {
+  const auto& priorBefore = prior_[h - 1];
+  const auto& priorAfter = prior_[h + 1];
+  const auto& penaltyBefore = numberPenalty_[h - 1];
+  const auto& penaltyAfter = numberPenalty_[h + 1];
+  int* const centres = centres_.data();
+  for (const ScreenIndex::Place place : group) {
+    const double before = priorBefore[place.before & ScreenIndex::kBoxMask] +
+                          penaltyBefore[toIndex(place.before >> ScreenIndex::kCodeShift)];
+    const double after = priorAfter[place.after & ScreenIndex::kBoxMask] +
+                         penaltyAfter[toIndex(place.after >> ScreenIndex::kCodeShift)];
+    const bool inside = toIndex(place.entry()) + h < entries && place.entry() >= h;
+    const bool possible = !(ownTerms + before + after < limit);
+    centres[count] = place.entry();
+    count += static_cast<std::size_t>(static_cast<unsigned>(place.reach() >= h) &
+                                      static_cast<unsigned>(inside) & static_cast<unsigned>(possible));
+  }
+  return count;
+}
+
+/// Offers the scores of the first `count` centres of the block.
+template <int h>
+void Prescreen::scanBlock(const DB& db, const ScreenIndex& index, std::size_t count) {
+  if constexpr (h > 1) count = keepPossible<h>(db, index, count);
+  // Groups tell nothing of what follows, and may be wrong in an image that changed.
   const auto last =
       std::remove_if(centres_.begin(), centres_.begin() + static_cast<std::ptrdiff_t>(count),
                      [&](int entry) { return !isCentre(db, index, entry, kMatch | kSameType); });
-  return static_cast<std::size_t>(last - centres_.begin());
+  count = static_cast<std::size_t>(last - centres_.begin());
+  for (std::size_t i = 0; i < count; ++i) scores_[i] = score<h>(db, index, centres_[i]);
+  offerScores(db, count);
 }
 
-/// Keeps those of the first `count` centres whose score may reach a threshold, judged by their positions up
-/// to `to` residues away; nearer ones than `from` have been judged before. A prior that is not a number stays
-/// in.
-template <int from, int to>
+/// Keeps those of the first `count` centres whose score may reach a threshold, judged by all their positions.
+/// A prior that is not a number stays in.
+template <int h>
 std::size_t Prescreen::keepPossible(const DB& db, const ScreenIndex& index, std::size_t count) {
-  const double match = topMatches_.threshold() - margin_ - restHighest_[to + 1];
-  const double type = topSameType_.threshold() - margin_ - restHighest_[to + 1];
-  const std::array<double, 4> limits = {match, match, type, std::min(match, type)};
+  const std::array<double, 4> limits = {lowestLimit(0, h), lowestLimit(kMatch, h), lowestLimit(kSameType, h),
+                                        lowestLimit(kMatch | kSameType, h)};
   std::size_t kept = 0;
   for (std::size_t i = 0; i < count; ++i) {
     const int centre = centres_[i];
     double sum = 0.0;
-    for (int k = -to; k <= to; ++k) {
+    for (int k = -h; k <= h; ++k) {
       const auto entry = toIndex(centre + k);
-      const auto position = toIndex(k + halfWidth_);
-      sum += prior_[position][index.keys[entry] & ScreenIndex::kBoxMask] +
-             penalty_[position][codeIndex(db.dbResName[entry])];
+      const auto position = toIndex(k + h);
+      const std::uint16_t key = index.keys[entry];
+      sum += prior_[position][key & ScreenIndex::kBoxMask] +
+             numberPenalty_[position][toIndex(key >> ScreenIndex::kCodeShift)];
     }
     const double limit = limits[centreCodes_[codeIndex(db.dbResName[toIndex(centre)])]];
     centres_[kept] = centre;

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <span>
 #include <vector>
 
 #include "search/candidates.h"
@@ -53,25 +54,35 @@ class Prescreen {
   std::array<std::array<double, kBoxes>, kPositions> prior_{};    ///< [k + h][box]: weight * prior
   std::array<std::array<double, kCodes>, kPositions> penalty_{};  ///< [k + h][code]: negative similarity / 10
   std::array<std::uint8_t, kCodes> centreCodes_{};  ///< [code]: lists for which a centre has the right type
-  /// [key]: lists that a centre's own box and code do not rule out.
-  std::array<std::uint8_t, ScreenIndex::kKeys> promising_{};
+  /// [k + h][code number]: at least the penalty of every code with that number.
+  std::array<std::array<double, ScreenIndex::kCodeNumbers>, kPositions> numberPenalty_{};
   std::array<double, kPositions + 1>
       restHighest_{};    ///< [i]: most that the positions from the i-th outwards add
   double margin_ = 0.0;  ///< covers the rounding of the single-precision sum
 
   TopScores topMatches_, topSameType_;
-  double promisingMatch_ = -1e9, promisingType_ = -1e9;  ///< thresholds for which promising_ was made
-  std::vector<int> centres_;                             ///< of the block being scanned
+  std::vector<int> centres_;  ///< of the block being scanned
   std::vector<float> scores_;
 
   void fillPosition(const ScreenQuery& query, int k);
   void fillCentre(const ScreenQuery& query);
   void fillBounds();
-  void updatePromising(const ScreenIndex& index);
-  std::size_t collectPromising(const DB& db, const ScreenIndex& index, int begin, int end);
+  void fillNumberPenalties(const ScreenIndex& index);
+  std::vector<std::size_t> boxesByPrior() const;
+  std::uint8_t listsWithin(std::size_t box) const;
+  double lowestLimit(std::uint8_t lists, int judged) const;
+  std::uint8_t listsOfNumber(const ScreenIndex& index, std::size_t number) const;
   template <int h>
   void scanWith(const DB& db, const ScreenIndex& index);
-  template <int from, int to>
+  template <int h>
+  std::size_t scanGroup(const DB& db, const ScreenIndex& index, std::size_t box, std::size_t number,
+                        std::size_t count);
+  template <int h>
+  std::size_t collect(std::span<const ScreenIndex::Place> group, double ownTerms, double limit,
+                      std::size_t entries, std::size_t count);
+  template <int h>
+  void scanBlock(const DB& db, const ScreenIndex& index, std::size_t count);
+  template <int h>
   std::size_t keepPossible(const DB& db, const ScreenIndex& index, std::size_t count);
   void offerScores(const DB& db, std::size_t count);
   template <int h>

@@ -85,7 +85,7 @@ void ORBEL::searchDB2(int resid, CandidateMap& matches, CandidateMap& sameType) 
 
   if (valueOr(predCount, resid) < topCount) {
     const CandidateMap list = secondMatches(matches, *fragmentDatabase, torsionAgreement(resid));
-    fillMatchLists(resid, list, keysByEntry(matches), " r2");
+    fillMatchLists(resid, list, quiet ? std::map<int, double>() : keysByEntry(matches), " r2");
   }
 
   if (!hasChi1Rotamers(valueOr(residueCode, resid))) return;

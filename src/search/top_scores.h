@@ -1,6 +1,7 @@
 // The highest distinct scores of a scan, each with the first and the last entry that reached it.
 #pragma once
 
+#include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
@@ -15,7 +16,7 @@ class TopScores {
 
   struct Score {
     float value = 0.0F;
-    int first = 0, last = 0;  ///< entries; scores are offered in ascending order of entries
+    int first = 0, last = 0;  ///< entries; the entries that reached it
   };
 
   TopScores() : table_(kSlots) {}
@@ -27,7 +28,8 @@ class TopScores {
     const std::size_t slot = slotOf(value);
     Score& found = table_[slot].score;
     if (table_[slot].used) {
-      found.last = entry;
+      found.first = std::min(found.first, entry);
+      found.last = std::max(found.last, entry);
       return;
     }
     insert(slot, {value, entry, entry});

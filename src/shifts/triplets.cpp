@@ -7,13 +7,16 @@
 #include "base/missing.h"
 #include "driver/ORBEL.h"
 #include "shifts/triplet_distance.h"
+#include "shifts/triplet_image.h"
 #include "tables/output_text.h"
 #include "tables/text.h"
 
 /// Reads orbel_obsCS.tab; rows of an excluded source keep their centre shifts but match nothing.
 void ORBEL::loadTripletLibrary() {
-  auto library = std::make_shared<TripletLibrary>(
-      readTripletLibrary(tabDir + pathSeparator + "orbel_obsCS.tab", atomNames));
+  const std::string file = tabDir + pathSeparator + "orbel_obsCS.tab";
+  std::optional<TripletLibrary> imaged = loadTripletImage(file);
+  auto library =
+      std::make_shared<TripletLibrary>(imaged ? std::move(*imaged) : readTripletLibrary(file, atomNames));
   excludeSources(*library, exclusionList);
   tripletLibrary = std::move(library);
 }

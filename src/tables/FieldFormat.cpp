@@ -2,11 +2,14 @@
 #include "tables/FieldFormat.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstdio>
 
 #include "tables/text.h"
 
 namespace {
+
+constexpr std::size_t kLongestNumber = 420;  // 309 digits, sign, point, 99 decimals
 
 /// Reads decimal digits from `i` on, saturating far above every limit used.
 int readDigits(std::string_view s, std::size_t& i) {
@@ -54,28 +57,45 @@ bool FieldFormat::parseSpecification(std::string_view specification) {
 
 void FieldFormat::append(std::string& out, std::string_view cell) const {
   if (conversion == '\0') return;
-  // The longest field: 4096 columns, or a double of 309 digits with 99 decimals.
-  char buffer[kMaxWidth + 1];
   out += before;
   if (conversion == 's') {
     appendText(out, cell);
-  } else if (conversion == 'd') {
-    const char* format = zeroPadded ? "%0*.*d" : "%*.*d";
-    std::snprintf(buffer, sizeof buffer, format, width, precision, text::toInt(cell));
-    out += buffer;
+  } else if (conversion == 'f' && !zeroPadded) {
+    appendNumber(out, text::toDouble(cell));
   } else {
-    const char* format = zeroPadded ? "%0*.*f" : "%*.*f";
-    std::snprintf(buffer, sizeof buffer, format, width, precision, text::toDouble(cell));
-    out += buffer;
+    appendPrinted(out, cell);
   }
   out += after;
 }
 
+/// What printf would write, faster.
+void FieldFormat::appendNumber(std::string& out, double value) const {
+  char buffer[kLongestNumber];
+  const int decimals = precision >= 0 ? precision : 6;
+  const auto end = std::to_chars(buffer, buffer + kLongestNumber, value, std::chars_format::fixed, decimals);
+  appendPadded(out, {buffer, static_cast<std::size_t>(end.ptr - buffer)});
+}
+
+void FieldFormat::appendPrinted(std::string& out, std::string_view cell) const {
+  char buffer[kMaxWidth + kLongestNumber];
+  if (conversion == 'd') {
+    const char* format = zeroPadded ? "%0*.*d" : "%*.*d";
+    std::snprintf(buffer, sizeof buffer, format, width, precision, text::toInt(cell));
+  } else {
+    std::snprintf(buffer, sizeof buffer, "%0*.*f", width, precision, text::toDouble(cell));
+  }
+  out += buffer;
+}
+
 void FieldFormat::appendText(std::string& out, std::string_view cell) const {
   if (precision >= 0) cell = cell.substr(0, static_cast<std::size_t>(precision));
+  appendPadded(out, cell);
+}
+
+void FieldFormat::appendPadded(std::string& out, std::string_view text) const {
   const auto columns = static_cast<std::size_t>(width < 0 ? -width : width);
-  const std::size_t padding = columns > cell.size() ? columns - cell.size() : 0;
+  const std::size_t padding = columns > text.size() ? columns - text.size() : 0;
   if (width > 0) out.append(padding, ' ');
-  out += cell;
+  out += text;
   if (width < 0) out.append(padding, ' ');
 }

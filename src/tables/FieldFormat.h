@@ -18,7 +18,10 @@ class FieldFormat {
   static constexpr int kMaxWidth = 4096, kMaxPrecision = 99;
 
   bool parseSpecification(std::string_view specification);
+  void appendNumber(std::string& out, double value) const;
+  void appendPrinted(std::string& out, std::string_view cell) const;
   void appendText(std::string& out, std::string_view cell) const;
+  void appendPadded(std::string& out, std::string_view text) const;
 
   char conversion = '\0';
   bool zeroPadded = false;

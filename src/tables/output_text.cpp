@@ -2,6 +2,7 @@
 #include "tables/output_text.h"
 
 #include <array>
+#include <charconv>
 #include <cstdarg>
 #include <cstdio>
 
@@ -31,8 +32,10 @@ void append(std::string& text, const char* format, ...) {
 
 std::string cellText(double value) {
   std::array<char, 32> buffer;
-  std::snprintf(buffer.data(), buffer.size(), "%.6g", value);
-  return buffer.data();
+  // By its definition the same characters as those of "%.6g".
+  const auto end =
+      std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, std::chars_format::general, 6);
+  return {buffer.data(), end.ptr};
 }
 
 std::string cellText(int value) {

@@ -23,12 +23,14 @@ struct DbResidue {
 inline void installDatabase(ORBEL& run, const std::vector<DbResidue>& residues) {
   auto db = std::make_unique<DB>();
   const std::size_t n = residues.size();
-  db->dbShifts = std::make_unique<float[]>(12 * n);
-  db->dbAngles = std::make_unique<float[]>(3 * n);
-  db->dbResid = std::make_unique<std::uint32_t[]>(n);
-  db->dbClass = std::make_unique<std::uint32_t[]>(n);
-  db->dbResName = std::make_unique<char[]>(n);
-  db->dbSource = std::make_unique<const std::string*[]>(n);
+  const auto shifts = std::make_shared<float[]>(12 * n), angles = std::make_shared<float[]>(3 * n);
+  const auto resid = std::make_shared<std::uint32_t[]>(n), boxes = std::make_shared<std::uint32_t[]>(n);
+  const auto codes = std::make_shared<char[]>(n);
+  db->dbShifts = shifts;
+  db->dbAngles = angles;
+  db->dbResid = resid;
+  db->dbClass = boxes;
+  db->dbResName = codes;
   db->entryCount = static_cast<std::int32_t>(n);
   run.sourceStart = {{0, 0}};
   run.sourceEnd = {{0, -1}};
@@ -36,18 +38,17 @@ inline void installDatabase(ORBEL& run, const std::vector<DbResidue>& residues) 
   for (std::size_t i = 0; i < n; ++i) {
     const DbResidue& r = residues[i];
     if (i == 0 || r.source != residues[i - 1].source) {
-      db->sourceNames.push_back(r.source);
+      db->dbSource.push_back({static_cast<std::int32_t>(i), r.source});
       run.sourceStart[run.sourceCount++] = static_cast<int>(i);
     }
     run.sourceEnd[run.sourceCount - 1] = static_cast<int>(i);
-    db->dbSource[i] = &db->sourceNames.back();
-    db->dbResName[i] = r.code;
-    db->dbResid[i] = static_cast<std::uint32_t>(r.resid);
-    db->dbClass[i] = r.box;
-    for (std::size_t s = 0; s < 12; ++s) db->dbShifts[12 * i + s] = r.shifts[s];
-    db->dbAngles[3 * i] = r.phi;
-    db->dbAngles[3 * i + 1] = r.psi;
-    db->dbAngles[3 * i + 2] = r.chi1;
+    codes[i] = r.code;
+    resid[i] = static_cast<std::uint32_t>(r.resid);
+    boxes[i] = r.box;
+    for (std::size_t s = 0; s < 12; ++s) shifts[12 * i + s] = r.shifts[s];
+    angles[3 * i] = r.phi;
+    angles[3 * i + 1] = r.psi;
+    angles[3 * i + 2] = r.chi1;
   }
   run.fragmentDatabase = std::move(db);
 }

@@ -48,7 +48,7 @@ TEST_F(DBTest, ReadsRecordsInFileOrder) {
     EXPECT_EQ((std::array<float, 3>{angles[0], angles[1], angles[2]}), expected[i].angles) << i;
     EXPECT_EQ(shiftsOf(db, i), (std::array<float, 12>{1.5F, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12})) << i;
   }
-  EXPECT_EQ(db.sourceNames.size(), 3U) << "one name per run";
+  EXPECT_EQ(db.dbSource.size(), 3U) << "one name per run";
   EXPECT_EQ(&db.source(0), &db.source(1));
 }
 
@@ -149,7 +149,7 @@ TEST_F(DBTest, ASecondLoadReplacesTheFirst) {
   db.loadDB(file("r D 3 0 0 0 0" + kShifts + "\n", "second"));
   EXPECT_EQ(db.entryCount, 1);
   EXPECT_EQ(db.source(0), "r");
-  EXPECT_EQ(db.sourceNames.size(), 1U);
+  EXPECT_EQ(db.dbSource.size(), 1U);
 }
 
 }  // namespace

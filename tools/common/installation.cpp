@@ -15,13 +15,13 @@ namespace {
 
 constexpr std::size_t kIdentityDigits = 12;
 
+}  // namespace
+
 std::string tableFolder(const std::string& folder) {
   std::error_code error;
   const fs::path inside = fs::path(folder) / "tab";
   return fs::is_directory(inside, error) ? inside.string() : folder;
 }
-
-}  // namespace
 
 std::string installationIdentity(const std::string& folder) {
   const auto list = readTableList(tableFolder(folder));

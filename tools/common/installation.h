@@ -6,6 +6,9 @@
 
 namespace tools {
 
+/// `folder`/tab where there is one, else `folder` itself.
+std::string tableFolder(const std::string& folder);
+
 /// Twelve hexadecimal digits that stand for the tables of an installation (the start of the SHA-256 of their
 /// list); empty where it carries no list. `folder` holds tab/, or is the table folder itself.
 std::string installationIdentity(const std::string& folder);

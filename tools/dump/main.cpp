@@ -5,6 +5,8 @@
 //   orbeln-dump chi1 LIST     fragments handed to the chi1 networks by the second search pass
 //   orbeln-dump times         loading time of every table of the installation
 //   orbeln-dump verify [DIR]  compares every table with the list that the installation carries
+//   orbeln-dump image [DIR]   makes the binary image of the tables, which runs start from when it fits them
+//   orbeln-dump image --verify [DIR]  compares the image with its checksums and with every table
 //   orbeln-dump identity [DIR]  the short name of the installation DIR, as orbeln-run prints it
 //
 // LIST holds one job a line: INPUT.tab OUTPUT.tsv [options as for orbeln]. The installation is found as by
@@ -19,6 +21,7 @@
 #include "common/installation.h"
 #include "driver/ORBEL.h"
 #include "driver/command_line.h"
+#include "table_image.h"
 #include "table_times.h"
 #include "tables/OutputFile.h"
 #include "tables/output_text.h"
@@ -131,6 +134,9 @@ void dumpChi1(ORBEL& run, std::ostream& out) {
     dumpFragments(run, resid, out);
     run.refineResidue(resid);
   }
+  if (run.fragmentDatabase->intact()) return;
+  std::cerr << "orbeln-dump: the image of " << run.databaseFile << " was written to during the search\n";
+  std::exit(1);
 }
 
 int noList(const std::string& folder) {
@@ -155,6 +161,22 @@ int verify(const std::string& folder) {
   return found.faults.empty() ? 0 : 1;
 }
 
+/// Makes or checks the image of an installation, given as its folder or the folder of its tables.
+int runImage(std::vector<std::string> words) {
+  const bool check = !words.empty() && words[0] == "--verify";
+  if (check) words.erase(words.begin());
+  if (words.size() > 1 || (words.size() == 1 && words[0].starts_with("-"))) {
+    std::cerr << "Usage: orbeln-dump image [--verify] [DIR]\n";
+    return 1;
+  }
+  const std::string folder = tools::tableFolder(words.empty() ? configure({})->installDir : words[0]);
+  const ImageReport report = check ? verifyTableImage(folder) : writeTableImage(folder);
+  for (const std::string& fault : report.faults) std::cerr << "orbeln-dump: " << fault << "\n";
+  if (!report.faults.empty()) return 1;
+  std::cout << report.tables << (check ? " tables agree with their image\n" : " tables in the image\n");
+  return 0;
+}
+
 int runDump(int argc, char** argv) {
   if (argc == 2 && std::string_view(argv[1]) == "times") {
     const auto run = configure({});
@@ -162,6 +184,7 @@ int runDump(int argc, char** argv) {
     std::cerr << "orbeln-dump: no tables in " << run->tabDir << ": set ORBELN_DIR to an installation\n";
     return 1;
   }
+  if (argc >= 2 && std::string_view(argv[1]) == "image") return runImage({argv + 2, argv + argc});
   const std::string mode = argc >= 2 && argc <= 3 ? argv[1] : "";
   if (mode == "verify" || mode == "identity") {
     const std::string folder = argc == 3 ? argv[2] : configure({})->installDir;
@@ -171,6 +194,7 @@ int runDump(int argc, char** argv) {
     std::cerr << "Usage: orbeln-dump inputs|chi1 LIST\n"
                  "       orbeln-dump times\n"
                  "       orbeln-dump verify|identity [DIR]\n"
+                 "       orbeln-dump image [--verify] [DIR]\n"
                  "LIST: one job a line, INPUT.tab OUTPUT.tsv [options as for orbeln]\n";
     return 1;
   }

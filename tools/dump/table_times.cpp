@@ -20,12 +20,9 @@ namespace {
 namespace fs = std::filesystem;
 constexpr int kReadings = 3;
 
-struct TableShape {
-  int rows = 0;
-  int columns = 0;  ///< of the VARS line
-};
+}  // namespace
 
-TableShape shapeOf(const fs::path& file) {
+TableShape shapeOfTable(const std::string& file) {
   std::ifstream in(file);
   TableShape shape;
   for (std::string line; std::getline(in, line);) {
@@ -34,13 +31,15 @@ TableShape shapeOf(const fs::path& file) {
     if (!(words >> word) || word == "REMARK" || word == "FORMAT" || word == "DATA" || word[0] == '#')
       continue;
     if (word == "VARS") {
-      while (words >> word) ++shape.columns;
+      while (words >> word) shape.inputs += word.find_first_not_of("0123456789") == std::string::npos ? 1 : 0;
     } else {
       ++shape.rows;
     }
   }
   return shape;
 }
+
+namespace {
 
 /// What the program does with a table of this name.
 std::function<void()> reader(const fs::path& path, const TableShape& shape,
@@ -53,7 +52,7 @@ std::function<void()> reader(const fs::path& path, const TableShape& shape,
   if (name == "orbel_obsCS.tab") {
     return [file, &atomNames] { readTripletLibrary(file, atomNames); };
   }
-  const int inputs = shape.columns - 1;  // the last column is the bias
+  const int inputs = shape.inputs;
   if (name.starts_with("seqSS15.")) {
     return [file, rows = shape.rows / 5, inputs] {
       ANN::Layer layer;
@@ -90,7 +89,7 @@ bool reportTableTimes(const std::string& folder, const std::map<int, std::string
   }
   std::sort(files.begin(), files.end());
   for (const fs::path& file : files) {
-    const TableShape shape = shapeOf(file);
+    const TableShape shape = shapeOfTable(file);
     const double milliseconds = fastest(reader(file, shape, atomNames));
     std::printf("%s\t%ju\t%d\t%.2f\n", file.filename().c_str(), fs::file_size(file, error), shape.rows,
                 milliseconds);
