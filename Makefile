@@ -4,7 +4,7 @@ DEMO := build/demo
 RELEASE := build/release
 SOURCES = $(shell git ls-files -co --exclude-standard '*.cpp' '*.h')
 
-.PHONY: help demo test build debug-test bench installation checksums data-table format format-check tidy deps clean
+.PHONY: help demo test build debug-test bench installation checksums data-table format format-check tidy deps web web-test clean
 
 help: ## list the targets
 	@awk -F ':.*## ' '/^[a-z-]+:.*## / {printf "  make %-14s %s\n", $$1, $$2}' Makefile
@@ -62,6 +62,22 @@ tidy: deps ## static analysis of the program (clang-tidy)
 	@cmake --preset release >/dev/null
 	@printf '%s\n' $(wildcard src/*/*.cpp) | \
 	  xargs -P 2 -n 1 clang-tidy --quiet --extra-arg=-Wno-unknown-warning-option -p $(RELEASE)
+
+web: deps ## build the static site of the page in the browser into build/web (Emscripten, npm)
+	@web/dependencies emcc npm
+	@cmake --preset release >/dev/null
+	@cmake --build --preset release --target installation
+	@emcmake cmake -G Ninja -S . -B build/wasm -DCMAKE_BUILD_TYPE=Release -DBUILD_TESTING=OFF -DORBELN_DATA=OFF >/dev/null
+	@# Where Debian keeps what Emscripten needs of node, whichever node is installed.
+	@NODE_PATH=/usr/share/nodejs cmake --build build/wasm --target orbeln orbeln-convert orbeln-restraints orbeln-report
+	@cd web && npm ci --omit=dev --silent --no-audit --no-fund
+	@node web/build.mjs build/wasm $(RELEASE)/install build/web
+
+web-test: web ## test the page in Chromium against the native programs; pictures in build/web-test
+	@web/dependencies chromium
+	@cmake --build --preset release --target orbeln orbeln-convert orbeln-restraints orbeln-report orbeln-run
+	@cd web && npm ci --silent --no-audit --no-fund
+	@node --test --test-reporter=spec web/test/web_test.mjs
 
 deps:
 	@.ci/dependencies
