@@ -26,14 +26,17 @@ function copy(from, to) {
 }
 
 function filesBelow(folder, prefix = '') {
-  return fs.readdirSync(path.join(folder, prefix), {withFileTypes: true}).flatMap(
-      (entry) => entry.isDirectory() ? filesBelow(folder, `${prefix}${entry.name}/`) : [`${prefix}${entry.name}`]).sort();
+  const entries = fs.readdirSync(path.join(folder, prefix), {withFileTypes: true});
+  return entries.flatMap((entry) => entry.isDirectory() ? filesBelow(folder, `${prefix}${entry.name}/`) :
+                                                          [`${prefix}${entry.name}`]).sort();
 }
 
 /** The tables as one archive, the same bytes whenever they are the same. */
 function packInstallation() {
-  const tar = execFileSync('tar', ['--sort=name', '--mtime=@0', '--owner=0', '--group=0', '--numeric-owner', '--format=ustar',
-                                   '-cf', '-', 'tab'], {cwd: installation, maxBuffer: 2 ** 30});
+  const options = ['--sort=name', '--mtime=@0', '--owner=0', '--group=0', '--numeric-owner', '--mode=a=r,u+w',
+                   '--format=ustar', '--no-recursion'];
+  const tables = fs.readdirSync(path.join(installation, 'tab')).map((name) => `tab/${name}`).sort();
+  const tar = execFileSync('tar', [...options, '-cf', '-', ...tables], {cwd: installation, maxBuffer: 2 ** 30});
   const packed = gzipSync(tar, {level: constants.Z_BEST_COMPRESSION, memLevel: 9});
   // An ending that no server takes for a reason to unpack or pack it on the way.
   const file = `installation-${hash('sha256', tar).slice(0, 12)}.bin`;
@@ -52,7 +55,8 @@ async function predictExample(tar) {
     wasm: await WebAssembly.compile(fs.readFileSync(inSite(`wasm/${name}.wasm`))),
   });
   const pipeline = new Pipeline(new Programs(load, untar(tar)), {step() {}, line() {}});
-  const job = {name: path.basename(kExample), bytes: fs.readFileSync(inSite(kExample)), sequence: null, options: kDefaults};
+  const bytes = fs.readFileSync(inSite(kExample));
+  const job = {name: path.basename(kExample), bytes, sequence: null, options: kDefaults};
   const outcome = await pipeline.run(job);
   if (outcome.kind !== 'done') throw new Error(`the example cannot be predicted: ${JSON.stringify(outcome)}`);
   return outcome.files;
@@ -83,9 +87,11 @@ const {description, tar} = packInstallation();
 const files = await predictExample(tar);
 replaceIn('index.html', '@REPORT_STYLES@', policyHashes(Buffer.from(files.get('report.html')).toString()));
 
-const shell = filesBelow(out).filter((name) => name !== 'sw.js' && name !== description.file && !/LICENSE/.test(name));
+const notKept = ['sw.js', description.file];
+const shell = filesBelow(out).filter((name) => !notKept.includes(name) && !name.includes('LICENSE'));
 const content = shell.map((name) => [name, hash('sha256', fs.readFileSync(inSite(name)))]);
-const version = /VERSION ([\d.]+)/.exec(fs.readFileSync(path.join(root, 'CMakeLists.txt'), 'utf8').split('project(')[1])[1];
+const cmake = fs.readFileSync(path.join(root, 'CMakeLists.txt'), 'utf8');
+const [, version] = /project\(orbeln VERSION ([\d.]+)/.exec(cmake);
 const site = {
   version: `${version} (${hash('sha256', JSON.stringify([content, description])).slice(0, 8)})`,
   identity: hash('sha256', fs.readFileSync(path.join(installation, 'tab/TABLES.sha256'))).slice(0, 12),
@@ -96,6 +102,7 @@ const site = {
 };
 site.totalBytes = description.bytes + shell.reduce((sum, name) => sum + fs.statSync(inSite(name)).size, 0);
 fs.writeFileSync(inSite('site.js'), `export const site = ${JSON.stringify(site, null, 2)};\n`);
-replaceIn('sw.js', "'@SITE@'", JSON.stringify({version: site.version, installation: description, shell: site.shell}));
+const kept = {version: site.version, installation: description, shell: site.shell};
+replaceIn('sw.js', "'@SITE@'", JSON.stringify(kept));
 console.log(`${out}: ${site.shell.length + 2} files, ${(site.totalBytes / 1e6).toFixed(1)} MB to load, of which tables ` +
             `${(description.bytes / 1e6).toFixed(1)} MB`);

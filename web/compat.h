@@ -1,6 +1,6 @@
-// What the older C++ library of the WebAssembly compiler (Debian's Emscripten 3.1.6) lacks of C++20, under the standard
-// names, so that the programs need not know. Force-included in the WebAssembly build only; to be emptied piece by piece
-// as that library grows: what it has by itself is left to it.
+// What the older C++ library of the WebAssembly compiler (Debian's Emscripten 3.1.6) lacks of C++20, under
+// the standard names, so that the programs need not know. Force-included in the WebAssembly build only; to be
+// emptied piece by piece as that library grows: what it has by itself is left to it.
 #pragma once
 
 #include <cerrno>
@@ -27,8 +27,7 @@ template <class To, class From>
 
 #ifndef __cpp_lib_smart_ptr_for_overwrite
 template <class Array>
-  requires is_unbounded_array_v<Array>
-unique_ptr<Array> make_unique_for_overwrite(size_t n) {
+requires is_unbounded_array_v<Array> unique_ptr<Array> make_unique_for_overwrite(size_t n) {
   return unique_ptr<Array>(new remove_extent_t<Array>[n]);
 }
 #endif
@@ -36,8 +35,8 @@ unique_ptr<Array> make_unique_for_overwrite(size_t n) {
 #if !defined(__cpp_lib_to_chars)
 namespace orbeln_compat {
 
-/// The end of the decimal number at `p`, as `from_chars` reads it with chars_format::general: no blanks, no '+' in
-/// front, no hexadecimal. `p` itself where there is none.
+/// The end of the decimal number at `p`, as `from_chars` reads it with chars_format::general: no blanks, no
+/// '+' in front, no hexadecimal. `p` itself where there is none.
 inline const char* endOfNumber(const char* p, const char* end) {
   const char* const start = p;
   const auto digits = [&] {
@@ -74,8 +73,9 @@ inline double parse(const char* text, double) {
 }  // namespace orbeln_compat
 
 template <class Number>
-  requires is_same_v<Number, float> || is_same_v<Number, double>
-from_chars_result from_chars(const char* first, const char* last, Number& value) {
+requires is_same_v<Number, float> || is_same_v<Number, double> from_chars_result from_chars(const char* first,
+                                                                                            const char* last,
+                                                                                            Number& value) {
   const char* const end = orbeln_compat::endOfNumber(first, last);
   if (end == first) return {first, errc::invalid_argument};
   const string copy(first, end);

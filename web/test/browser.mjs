@@ -6,8 +6,8 @@ import path from 'node:path';
 import {unzipSync} from 'fflate';
 import puppeteer from 'puppeteer-core';
 
-const kTypes = {'.html': 'text/html; charset=utf-8', '.js': 'text/javascript', '.css': 'text/css', '.wasm': 'application/wasm',
-                '.svg': 'image/svg+xml', '.webmanifest': 'application/manifest+json'};
+const kTypes = {'.html': 'text/html; charset=utf-8', '.js': 'text/javascript', '.css': 'text/css',
+                '.wasm': 'application/wasm', '.svg': 'image/svg+xml', '.webmanifest': 'application/manifest+json'};
 const kPatience = 120_000;  // ms; the machine may be busy
 
 /** Worker that is refused the memory of a program, as on a small device. */
@@ -50,10 +50,14 @@ export async function launch(scratch) {
   });
 }
 
-/** Addresses that the browser asked for since it started, as its own log of the network tells; after its end. */
+/**
+ * Addresses that pages, frames, workers and service workers asked for, as the browser's own log of the network tells;
+ * after its end. What the browser asks on its own account (updates, the time) names no origin as its initiator.
+ */
 export function requestedUrls(scratch) {
   const log = fs.readFileSync(path.join(scratch, 'net.json'), 'utf8');
-  return [...new Set([...log.matchAll(/"url":"((?:https?|wss?):[^"]*)"/g)].map(([, url]) => url))];
+  const starts = [...log.matchAll(/"initiator":"([^"]*)"[^{}]*"url":"([^"]*)"/g)];
+  return [...new Set(starts.filter(([, initiator]) => initiator !== 'not an origin').map(([, , url]) => url))];
 }
 
 /** Processor seconds of the browser and all its processes that live. */
@@ -110,7 +114,8 @@ export class SitePage {
   async outcome() {
     await this.page.waitForFunction(() => document.getElementById('progress').hidden &&
         ['results', 'choices', 'problem'].some((id) => !document.getElementById(id).hidden));
-    return this.page.evaluate(() => ['results', 'choices', 'problem'].find((id) => !document.getElementById(id).hidden));
+    return this.page.evaluate(() => ['results', 'choices', 'problem']
+        .find((id) => !document.getElementById(id).hidden));
   }
 
   async predict(name, bytes) {

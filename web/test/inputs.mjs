@@ -3,9 +3,8 @@ import fs from 'node:fs';
 
 export const kExample = 'examples/ubiquitin/ubiquitin.tab';
 
-const kNames = Object.fromEntries(('ALA A ARG R ASN N ASP D CYS C GLN Q GLU E GLY G HIS H ILE I LEU L LYS K MET M PHE F ' +
-                                   'PRO P SER S THR T TRP W TYR Y VAL V').split(' ').reduce((pairs, word, k, all) =>
-    k % 2 === 0 ? [...pairs, [all[k + 1], word]] : pairs, []));
+const kNames = {A: 'ALA', R: 'ARG', N: 'ASN', D: 'ASP', C: 'CYS', Q: 'GLN', E: 'GLU', G: 'GLY', H: 'HIS', I: 'ILE',
+                L: 'LEU', K: 'LYS', M: 'MET', F: 'PHE', P: 'PRO', S: 'SER', T: 'THR', W: 'TRP', Y: 'TYR', V: 'VAL'};
 
 function example() {
   const lines = fs.readFileSync(kExample, 'utf8').split('\n');
@@ -36,7 +35,9 @@ export function nef(chains) {
   const {sequence, rows} = example();
   const residues = [], shifts = [];
   for (const [chain, length] of chains) {
-    for (let k = 1; k <= length; ++k) residues.push(`${residues.length + 1} ${chain} ${k} ${kNames[sequence[k - 1]]} middle .`);
+    for (let k = 1; k <= length; ++k) {
+      residues.push(`${residues.length + 1} ${chain} ${k} ${kNames[sequence[k - 1]]} middle .`);
+    }
     for (const row of rows.filter(({resid}) => resid <= length)) {
       shifts.push(`${chain} ${row.resid} ${kNames[row.letter]} ${nefAtom(row.atom)} ${row.shift} .`);
     }
@@ -58,7 +59,8 @@ save_
 save_nef_chemical_shift_list_main
    _nef_chemical_shift_list.sf_category nef_chemical_shift_list
    loop_
-${tags('nef_chemical_shift', ['chain_code', 'sequence_code', 'residue_name', 'atom_name', 'value', 'value_uncertainty'])}
+${tags('nef_chemical_shift', ['chain_code', 'sequence_code', 'residue_name', 'atom_name', 'value',
+                              'value_uncertainty'])}
 ${shifts.join('\n')}
    stop_
 save_

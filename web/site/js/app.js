@@ -12,6 +12,7 @@ const kStepNames = {
   load: 'Loading the tables', convert: 'Reading the shifts', predict: 'Predicting', report: 'Writing the report',
   restraints: 'Writing the restraints',
 };
+const kPatience = 5000;  // ms for the service worker to get ready before the tables are fetched
 
 const engine = new Engine();
 const results = new Results();
@@ -26,7 +27,9 @@ let started = 0;
 function job() {
   const options = {...kDefaults, ...chosen, alignLen: Number(byId('align').value)};
   for (const name of ['noproton', 'iso', 'offset']) options[name] = byId(name).checked;
-  return {...(input ?? {name: 'shifts.str', bytes: new Uint8Array()}), sequence, options};
+  const given = input ?? {name: 'shifts.str', bytes: new Uint8Array()};
+  const sameName = sequence?.name === given.name;  // they share a folder
+  return {...given, sequence: sameName ? {...sequence, name: `sequence_${sequence.name}`} : sequence, options};
 }
 
 function refresh() {
@@ -61,9 +64,9 @@ function take(name, bytes) {
 /** The content of a file; null, with a message, when it cannot be had. */
 async function contentOf(file) {
   if (file.size > kLargest) {
-    complainPlainly(`${file.name} has ${size(file.size)}. This page reads files of up to ${size(kLargest)}, many times ` +
-                    'what an entry with chemical shifts has. If it really is one, the programs on the command line ' +
-                    'have no such limit.');
+    complainPlainly(`${file.name} has ${size(file.size)}. This page reads files of up to ${size(kLargest)}, many ` +
+                    'times what an entry with chemical shifts has. If it really is one, the programs on the ' +
+                    'command line have no such limit.');
     return null;
   }
   try {
@@ -81,6 +84,19 @@ async function takeFile(file) {
   byId('paste').value = '';
   take(file.name, bytes);
   byId('start').focus();
+}
+
+/** Shifts, and perhaps the sequence that belongs to them. */
+function takeDropped(files, text) {
+  if (busy()) return;
+  const isSequence = ({name}) => files.length > 1 && /\.(seq|fasta|fas?)$/i.test(name);
+  const shifts = files.filter((file) => !isSequence(file));
+  if (shifts.length > 1) byId('hint').textContent = `Several files: ${shifts[0].name} was taken.`;
+  if (shifts.length > 0) takeFile(shifts[0]);
+  if (files.some(isSequence)) takeSequence(files.find(isSequence));
+  if (files.length > 0 || !text) return;
+  byId('paste').value = text;
+  takePasted();
 }
 
 async function takeSequence(file) {
@@ -167,7 +183,8 @@ function finish(asked, outcome) {
 /** The chains and shift lists of the file, to choose from. */
 function offer(choices) {
   const rows = choices.map((choice, k) => {
-    const button = make('input', {type: 'radio', name: 'choice', id: `choice-${k}`, value: String(k), checked: k === 0});
+    const button = make('input', {type: 'radio', name: 'choice', id: `choice-${k}`, value: String(k)});
+    button.checked = k === 0;
     const parts = [`Chain ${choice.chain}`, choice.chain_name, `list ${choice.list}`, choice.list_name,
                    `${choice.residues} residues`, `${choice.shifts} backbone shifts`];
     return make('li', {}, button, ' ', make('label', {htmlFor: button.id}, parts.filter(Boolean).join(', ')));
@@ -198,10 +215,11 @@ async function takeCoordinates(file) {
 
 // ---- the page -----------------------------------------------------------------------------------------------------
 
-function tellOffline(kept) {
-  byId('offline').textContent = kept && navigator.serviceWorker?.controller ?
-      'Everything is loaded: this page now works without a connection.' :
-      'This browser does not keep the page, so it needs a connection to be opened again.';
+async function tellOffline(kept) {
+  const keeps = kept && navigator.serviceWorker;
+  if (keeps) await navigator.serviceWorker.ready;
+  byId('offline').textContent = keeps ? 'This page now works without a connection.' :
+                                        'The browser does not keep this page: opening it again needs a connection.';
 }
 
 function listenToDrops() {
@@ -212,11 +230,7 @@ function listenToDrops() {
   addEventListener('drop', (event) => {
     event.preventDefault();
     mark(false);
-    const {files} = event.dataTransfer;
-    const text = event.dataTransfer.getData('text');
-    if (files.length > 1) byId('hint').textContent = `${files.length} files: the first one was taken.`;
-    if (files.length > 0) takeFile(files[0]);
-    else if (text && !busy()) { byId('paste').value = text; takePasted(); }
+    takeDropped([...event.dataTransfer.files], event.dataTransfer.getData('text'));
   });
 }
 
@@ -249,13 +263,13 @@ async function keepOffline() {
   if (!navigator.serviceWorker) return;
   try {
     await navigator.serviceWorker.register('sw.js');
-    await navigator.serviceWorker.ready;
-  } catch { /* tellOffline says so */ }
+    await Promise.race([navigator.serviceWorker.ready, new Promise((late) => setTimeout(late, kPatience))]);
+  } catch { /* the page works all the same, with a connection */ }
 }
 
 listen();
 refresh();
 byId('version').textContent = `ORBEL-N ${site.version}, installation ${site.identity}`;
 byId('download-size').textContent = size(site.totalBytes);
-// The tables come while the user looks for the file; without a service worker there is nothing to wait for.
+// The tables come while the user looks for the file, after the service worker, so that nothing is fetched twice.
 keepOffline().then(() => engine.request('prepare')).catch((error) => complainPlainly(error.message));

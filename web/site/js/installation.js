@@ -1,5 +1,5 @@
 // The tables of the installation: one compressed archive, fetched once, kept in the browser's cache.
-import {PlainError} from './programs.js';
+import {isMemoryProblem, PlainError} from './programs.js';
 
 const kBlock = 512;  // tar
 
@@ -75,7 +75,7 @@ export async function loadInstallation(base, archive, onBytes) {
   try {
     return {files: untar(await unpacked(response, archive, onBytes)), stored};
   } catch (error) {
-    if (error instanceof RangeError && /alloc/i.test(error.message)) throw error;
+    if (isMemoryProblem(error)) throw error;
     await stored;
     await cache?.delete(url);  // never a second time the same damage
     throw new PlainError('The tables arrived damaged or incomplete. Reload the page to fetch them again.');

@@ -12,8 +12,12 @@ export function safeName(name) {
   return plain === '' || plain === '.' || plain === '..' ? 'shifts.txt' : plain;
 }
 
-function memoryProblem(error) {
-  return error instanceof RangeError || /memory|allocat/i.test(String(error?.message));
+export const kNoMemory = 'The browser does not give this page the memory that a run needs (about 300 MB). Close ' +
+                         'other pages and try again, or use a computer with more memory.';
+
+/** Whether the browser refused memory: browsers tell in different words. */
+export function isMemoryProblem(error) {
+  return /memory|allocat|array length/i.test(String(error?.message));
 }
 
 function fill(FS, folder, files) {
@@ -32,6 +36,23 @@ function filesIn(FS, folder) {
     files.set(name, FS.readFile(`${folder}/${name}`));
   }
   return files;
+}
+
+/** A fresh instance; the glue code would keep the fault of an instantiation to itself and wait forever. */
+function instantiate(factory, wasm, settings) {
+  return new Promise((resolve, reject) => {
+    const instantiateWasm = (imports, ready) => {
+      try {
+        const made = new WebAssembly.Instance(wasm, imports);
+        ready(made, wasm);
+        return made.exports;
+      } catch (error) {
+        reject(error);
+        throw error;
+      }
+    };
+    factory({...settings, instantiateWasm}).then(resolve, reject);
+  });
 }
 
 export class Programs {
@@ -59,18 +80,12 @@ export class Programs {
       onLine(line);
     };
     try {
-      const instance = await factory({
+      const instance = await instantiate(factory, wasm, {
         thisProgram: program,
         noInitialRun: true,
         preRun: [({ENV}) => { ENV.ORBELN_DIR = '/installation'; }],
         print: (line) => say(line, true),
         printErr: (line) => say(line, false),
-        instantiateWasm: (imports, ready) => {
-          // Synchronous, so that a refusal of memory is thrown here and not lost in a promise of the glue code.
-          const made = new WebAssembly.Instance(wasm, imports);
-          ready(made, wasm);
-          return made.exports;
-        },
       });
       const {FS} = instance;
       fill(FS, '/installation', this.installation);
@@ -80,10 +95,7 @@ export class Programs {
       const status = instance.callMain(args);
       return {status, lines, stdout, work: filesIn(FS, kWork)};
     } catch (error) {
-      if (memoryProblem(error)) {
-        throw new PlainError('The browser does not give this page the memory that the run needs (about 300 MB). Close ' +
-                             'other pages and try again, or use a computer with more memory.');
-      }
+      if (isMemoryProblem(error)) throw new PlainError(kNoMemory);
       throw new PlainError(`${program} ended unexpectedly: ${error?.message ?? error}`);
     }
   }

@@ -2,7 +2,7 @@
 import {site} from '../site.js';
 import {loadInstallation} from './installation.js';
 import {Pipeline} from './pipeline.js';
-import {PlainError, Programs} from './programs.js';
+import {isMemoryProblem, kNoMemory, PlainError, Programs} from './programs.js';
 
 const kBase = new URL('../', import.meta.url).href;
 const kLineInterval = 100;  // ms between two lines that are shown
@@ -63,7 +63,7 @@ const requests = {
 
 function plainly(error) {
   if (error instanceof PlainError) return error.message;
-  if (error instanceof RangeError) return 'The browser does not give this page the memory that its tables need (about 300 MB).';
+  if (isMemoryProblem(error)) return kNoMemory;
   if (error instanceof TypeError && /fetch|import/i.test(error.message)) {
     return 'A part of the page could not be loaded: no connection. Reload the page when there is one.';
   }
