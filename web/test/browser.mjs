@@ -55,9 +55,9 @@ export async function launch(scratch) {
  * after its end. What the browser asks on its own account (updates, the time) names no origin as its initiator.
  */
 export function requestedUrls(scratch) {
-  const log = fs.readFileSync(path.join(scratch, 'net.json'), 'utf8');
-  const starts = [...log.matchAll(/"initiator":"([^"]*)"[^{}]*"url":"([^"]*)"/g)];
-  return [...new Set(starts.filter(([, initiator]) => initiator !== 'not an origin').map(([, , url]) => url))];
+  const log = JSON.parse(fs.readFileSync(path.join(scratch, 'net.json'), 'utf8'));
+  const asked = log.events.map(({params}) => params).filter((params) => params?.initiator && params.url);
+  return [...new Set(asked.filter(({initiator}) => initiator !== 'not an origin').map(({url}) => url))];
 }
 
 /** Processor seconds of the browser and all its processes that live. */

@@ -155,13 +155,17 @@ test('memory refused is said plainly', () => withPage(async (site) => {
 test('pasted text, restraints for a structure, and a drop on the page', () => withPage(async (site) => {
   const text = fs.readFileSync(kExample, 'utf8');
   await site.page.click('summary');
-  await site.page.$eval('#paste', (area, value) => { area.value = value; area.dispatchEvent(new Event('input')); }, text);
+  await site.page.$eval('#paste', (area, value) => {
+    area.value = value;
+    area.dispatchEvent(new Event('input'));
+  }, text);
   assert.match(await site.text('chosen'), /^shifts\.txt/);
   await site.page.click('#start');
   assert.equal(await site.outcome(), 'results');
   const report = await (await site.page.$('#report')).contentFrame();
   assert.match(await report.$eval('h1', (element) => element.innerText), /shifts\.txt/);
-  assert.notEqual(await report.$eval('main', (element) => getComputedStyle(element).maxWidth), 'none');  // styles allowed
+  // The report's style is allowed by the page's policy.
+  assert.notEqual(await report.$eval('main', (element) => getComputedStyle(element).maxWidth), 'none');
   const restraints = await site.saved('a[download="restraints.aco"]', 'restraints.aco');
   assert.match(restraints.toString(), /PHI/);
   await site.give('model.pdb', 'no atoms\n', 'coordinates');
@@ -189,28 +193,29 @@ test('the page works without a connection after the first load', async () => {
   await site.close();
 });
 
-test('times, first and further proteins (printed, not judged)', () => withPage(async (site) => {
+test('times, first and further proteins (printed, not judged)', async () => {
   const timed = async (what, body) => {
     const [start, processor] = [performance.now(), processorSeconds(browser)];
     await body();
     console.log(`${what}: ${((performance.now() - start) / 1000).toFixed(2)} s, of the processor ` +
                 `${(processorSeconds(browser) - processor).toFixed(2)} s`);
   };
-  const ready = () => site.page.waitForFunction(() => /loaded/.test(document.getElementById('loaded').textContent));
   await timed('cold start to the result, 76 residues', async () => {
     const cold = await SitePage.open(browser, server.url);
     await cold.page.click('#example');
     assert.equal(await cold.outcome(), 'results');
     await cold.close();
   });
-  await ready();
+  const site = await SitePage.open(browser, server.url);
+  await site.page.waitForFunction(() => /without/.test(document.getElementById('offline').textContent));
   await timed('first protein with the tables loaded, 76 residues', async () => {
     await site.page.click('#example');
     assert.equal(await site.outcome(), 'results');
   });
   await timed('a further protein, 76 residues', () => site.predict('ubiquitin.tab', fs.readFileSync(kExample)));
   await timed('a further protein, 380 residues', () => site.predict('long.tab', longTable(5)));
-}));
+  await site.close();
+});
 
 /** Pictures of the page as it is, and what the accessibility check finds in each. */
 async function look(site, name) {
@@ -239,6 +244,14 @@ test('pictures and accessibility, start and results; the keyboard is enough', ()
   assert.equal(await site.outcome(), 'results');
   assert.equal(await focused(), 'result-title');
   await look(site, 'results');
+}));
+
+test('the page may not contact another server, even if it wanted', () => withPage(async (site) => {
+  const other = await serve(kSite);
+  const tried = await site.page.evaluate((url) => fetch(url, {mode: 'no-cors'}).then(() => 'sent', String), other.url);
+  await other.close();
+  assert.match(tried, /TypeError/);
+  assert.ok(site.faults.some((text) => /Content Security Policy/.test(text)), site.faults.join());
 }));
 
 // Last: the browser's own log is complete when it has ended.

@@ -12,7 +12,7 @@ export function safeName(name) {
   return plain === '' || plain === '.' || plain === '..' ? 'shifts.txt' : plain;
 }
 
-export const kNoMemory = 'The browser does not give this page the memory that a run needs (about 300 MB). Close ' +
+export const kNoMemory = 'The browser does not give this page the memory that a run needs (about 500 MB). Close ' +
                          'other pages and try again, or use a computer with more memory.';
 
 /** Whether the browser refused memory: browsers tell in different words. */
