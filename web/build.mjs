@@ -104,5 +104,5 @@ site.totalBytes = description.bytes + shell.reduce((sum, name) => sum + fs.statS
 fs.writeFileSync(inSite('site.js'), `export const site = ${JSON.stringify(site, null, 2)};\n`);
 const kept = {version: site.version, installation: description, shell: site.shell};
 replaceIn('sw.js', "'@SITE@'", JSON.stringify(kept));
-console.log(`${out}: ${site.shell.length + 2} files, ${(site.totalBytes / 1e6).toFixed(1)} MB to load, of which tables ` +
-            `${(description.bytes / 1e6).toFixed(1)} MB`);
+const megabytes = (bytes) => `${(bytes / 1e6).toFixed(1)} MB`;
+console.log(`${out}: ${megabytes(site.totalBytes)} to load, of which tables ${megabytes(description.bytes)}`);
