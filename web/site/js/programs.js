@@ -1,6 +1,6 @@
 // Runs the command-line programs: a fresh WebAssembly instance each time, with a file system of its own in memory.
 
-const kWork = '/work';
+const kWork = '/result';
 const kInputs = '/inputs';
 
 /** A message that is meant for the user as it stands. */
