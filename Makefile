@@ -10,7 +10,7 @@ SOURCES = $(shell git ls-files -co --exclude-standard '*.cpp' '*.h')
 PYTHON_PACKAGES := python3-numpy python3-pandas python3-matplotlib python3-pytest python3-nbclient python3-nbformat \
   python3-ipykernel snakemake procps mypy flake8 black
 
-.PHONY: help demo test python-test python-deb build debug-test bench installation checksums data-table format format-check tidy fuzz check-tools deps clean
+.PHONY: help demo test python-test python-deb build debug-test bench installation checksums data-table format format-check tidy fuzz check-tools deps web web-test clean
 
 help: ## list the targets
 	@awk -F ':.*## ' '/^[a-z-]+:.*## / {printf "  make %-14s %s\n", $$1, $$2}' Makefile
@@ -86,6 +86,22 @@ fuzz: build ## fuzz every reader: make fuzz SECONDS=60 HARNESS="table convert-ne
 
 check-tools:
 	@.ci/dependencies check
+
+web: deps ## build the static site of the page in the browser into build/web (Emscripten, npm)
+	@web/dependencies emcc npm
+	@cmake --preset release >/dev/null
+	@cmake --build --preset release --target installation
+	@emcmake cmake -G Ninja -S . -B build/wasm -DCMAKE_BUILD_TYPE=Release -DBUILD_TESTING=OFF -DORBELN_DATA=OFF >/dev/null
+	@# Where Debian keeps what Emscripten needs of node, whichever node is installed.
+	@NODE_PATH=/usr/share/nodejs cmake --build build/wasm --target orbeln orbeln-convert orbeln-restraints orbeln-report
+	@cd web && npm ci --omit=dev --silent --no-audit --no-fund
+	@node web/build.mjs build/wasm $(RELEASE)/install build/web
+
+web-test: web ## test the page in Chromium against the native programs; pictures in build/web-test
+	@web/dependencies chromium
+	@cmake --build --preset release --target orbeln orbeln-convert orbeln-restraints orbeln-report orbeln-run
+	@cd web && npm ci --silent --no-audit --no-fund
+	@node --test --test-reporter=spec web/test/web_test.mjs
 
 deps:
 	@.ci/dependencies
