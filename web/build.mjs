@@ -35,7 +35,9 @@ function filesBelow(folder, prefix = '') {
 function packInstallation() {
   const options = ['--sort=name', '--mtime=@0', '--owner=0', '--group=0', '--numeric-owner', '--mode=a=r,u+w',
                    '--format=ustar', '--no-recursion'];
-  const tables = fs.readdirSync(path.join(installation, 'tab')).map((name) => `tab/${name}`).sort();
+  // The binary image is larger than the text that it was made from, and made for memory that processes share.
+  const names = fs.readdirSync(path.join(installation, 'tab')).filter((name) => !name.endsWith('.image'));
+  const tables = names.map((name) => `tab/${name}`).sort();
   const tar = execFileSync('tar', [...options, '-cf', '-', ...tables], {cwd: installation, maxBuffer: 2 ** 30});
   const packed = gzipSync(tar, {level: constants.Z_BEST_COMPRESSION, memLevel: 9});
   // An ending that no server takes for a reason to unpack or pack it on the way.
