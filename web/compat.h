@@ -3,12 +3,14 @@
 // emptied piece by piece as that library grows: what it has by itself is left to it.
 #pragma once
 
+#include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <functional>
 #include <memory>
 #include <ranges>
 #include <string>
@@ -88,62 +90,19 @@ requires is_same_v<Number, float> || is_same_v<Number, double> from_chars_result
 #endif
 
 #ifndef __cpp_lib_ranges
-namespace views {
+namespace ranges {
 
-/// iota(first, last) | transform(function), as the loops over residues use them.
-template <class Integer, class Function>
-class CountedTransform {
- public:
-  class Iterator {
-   public:
-    Iterator(Integer at, const Function& made) : value(at), function(&made) {}
-    auto operator*() const { return (*function)(value); }
-    Iterator& operator++() {
-      ++value;
-      return *this;
-    }
-    bool operator==(const Iterator& other) const { return value == other.value; }
-
-   private:
-    Integer value;
-    const Function* function;
-  };
-
-  CountedTransform(Integer low, Integer high, Function made) : first(low), last(high), function(made) {}
-  Iterator begin() const { return {first, function}; }
-  Iterator end() const { return {last, function}; }
-
- private:
-  Integer first, last;
-  Function function;
-};
-
-template <class Integer>
-struct Counted {
-  Integer first, last;
-};
-
-template <class Function>
-struct Transform {
-  Function function;
-};
-
-template <class Integer>
-Counted<Integer> iota(Integer first, Integer last) {
-  return {first, last};
+template <class Range, class Value, class Projection = identity>
+auto find(Range&& range, const Value& value, Projection projection = {}) {
+  return find_if(begin(range), end(range), [&](const auto& item) { return invoke(projection, item) == value; });
 }
 
-template <class Function>
-Transform<Function> transform(Function function) {
-  return {function};
+template <class Range, class Predicate>
+bool all_of(Range&& range, Predicate predicate) {
+  return std::all_of(begin(range), end(range), predicate);
 }
 
-template <class Integer, class Function>
-CountedTransform<Integer, Function> operator|(Counted<Integer> counted, Transform<Function> transform) {
-  return {counted.first, counted.last, transform.function};
-}
-
-}  // namespace views
+}  // namespace ranges
 #endif
 
 _LIBCPP_END_NAMESPACE_STD
