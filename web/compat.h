@@ -8,6 +8,7 @@
 #include <charconv>
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <functional>
@@ -87,6 +88,18 @@ requires is_same_v<Number, float> || is_same_v<Number, double> from_chars_result
   value = read;
   return {end, errc{}};
 }
+
+/// The two formats that the programs write, with their precision: printf writes the same characters.
+inline to_chars_result to_chars(char* first, char* last, double value, chars_format format, int precision) {
+  const auto space = static_cast<size_t>(last - first);
+  char text[512];
+  const int length =
+      snprintf(text, sizeof text, format == chars_format::fixed ? "%.*f" : "%.*g", precision, value);
+  if (length < 0 || static_cast<size_t>(length) > space || static_cast<size_t>(length) >= sizeof text)
+    return {last, errc::value_too_large};
+  memcpy(first, text, static_cast<size_t>(length));
+  return {first + length, errc{}};
+}
 #endif
 
 #ifndef __cpp_lib_ranges
@@ -94,7 +107,8 @@ namespace ranges {
 
 template <class Range, class Value, class Projection = identity>
 auto find(Range&& range, const Value& value, Projection projection = {}) {
-  return find_if(begin(range), end(range), [&](const auto& item) { return invoke(projection, item) == value; });
+  return find_if(begin(range), end(range),
+                 [&](const auto& item) { return invoke(projection, item) == value; });
 }
 
 template <class Range, class Predicate>
