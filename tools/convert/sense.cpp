@@ -274,9 +274,10 @@ class SenseCheck {
       const char code = codeAt(static_cast<std::ptrdiff_t>(index) + offset);
       const TypicalShift* typical = typicalOf(code);
       // A residue of unknown type, and one outside the sequence, tell nothing: the value of an average fit.
+      const auto& found = observed.values;  // clang 14 captures no structured binding
       const auto term = [&](const char* atom, double mean, double spread) {
-        const auto it = observed.values.find(atom);
-        if (it == observed.values.end()) return;
+        const auto it = found.find(atom);
+        if (it == found.end()) return;
         ++values;
         const double wide = spread * 1.3, z = wide > 0.0 ? (it->second - mean) / wide : 4.0;
         sum -= typical == nullptr ? 1.2 : std::min(0.5 * z * z + std::log(std::max(wide, 1.0)), 8.0);
